@@ -1,45 +1,40 @@
 #pragma once
-// What the other parts of this layer need to know of windows: the surface behind a handle, what is
-// to be painted, and how changed pixels reach the screen. Programs include windows.h instead.
+// What the other parts of this layer need to know of windows and of the UI thread's loop; the
+// surface behind a handle is Surface.h's. Programs include windows.h instead.
 
 #include "platform/base/types.h"
 
 #include <memory>
-#include <optional>
+
+class QWidget;
 
 namespace kelvo::desktop {
 
 class Surface;
 
-/// The pixels of a window's client area; they stay valid while the caller holds them, also after
-/// the window has gone. Any thread. @return nothing for a handle of no window.
-std::shared_ptr<Surface> SurfaceOf(HWND window);
+/// Has the UI thread call DeliverChanges of the surface as soon as it asks for messages or waits
+/// (Sleep and its kind included); several requests before that are one. Any thread, never blocks.
+void DeliverSoon(const std::weak_ptr<Surface>& surface);
 
-/// Brings changed pixels of a window's surface to the screen: at once when the window's thread next
-/// asks for messages or waits, several changes in one. Any thread; never blocks on the UI thread.
-/// @param changed  in client coordinates
-void PresentSoon(HWND window, const RECT& changed);
+/// Makes the UI thread look again for what is to be painted. Any thread, never blocks.
+void WakeUiThread();
 
-/// What WM_PAINT has to paint.
-struct Update {
-    RECT rect;  ///< in client coordinates
-    bool erase; ///< whether WM_ERASEBKGND is due first
-};
+/// Whether the calling thread is the one that StartDesktop was called on.
+bool OnUiThread();
 
-/// Takes what is to be painted and thereby validates the window (the beginning of BeginPaint).
-std::optional<Update> TakeUpdate(HWND window);
-
-/// CS_ values of the window's class, 0 for no window. Any thread.
-UINT ClassStyleOf(HWND window);
+/// The widget that shows the window's client area; it goes with the window. UI thread only.
+/// @return null for a handle of no window.
+QWidget* WidgetOf(HWND window);
 
 /// The background brush of the window's class as it was registered. Any thread.
 HBRUSH ClassBrushOf(HWND window);
 
 /// Numbers of living objects, for tests that look for leaks.
 struct LiveCounts {
-    int windows;
-    int menus;
-    int timers;
+    int windows = 0;
+    int menus = 0;
+    int timers = 0;
+    bool operator==(const LiveCounts&) const = default;
 };
 LiveCounts CountLiveObjects();
 

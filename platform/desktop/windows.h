@@ -15,8 +15,6 @@ inline constexpr UINT CS_HREDRAW = 0x0002;
 inline constexpr UINT CS_DBLCLKS = 0x0008;
 inline constexpr UINT CS_OWNDC = 0x0020;
 
-inline constexpr int COLOR_WINDOW = 5;
-
 struct WNDCLASSA {
     UINT style;
     WNDPROC lpfnWndProc;
@@ -186,13 +184,10 @@ BOOL InvalidateRect(HWND window, const RECT* rect, BOOL erase);
 /// Sends WM_PAINT at once if there is something to paint.
 BOOL UpdateWindow(HWND window);
 
-// ---- sound, colours, icons, cursors ----
+// ---- sound, icons, cursors ----
 
 /// Rings the desktop's bell; 0xFFFFFFFF is the plain beep.
 BOOL MessageBeep(UINT type);
-
-/// The colour behind a COLOR_ value, 0 for one that is not known.
-DWORD GetSysColor(int index);
 
 inline const LPCSTR IDI_APPLICATION = reinterpret_cast<LPCSTR>(UINT_PTR{32512});
 inline const LPCSTR IDC_ARROW = reinterpret_cast<LPCSTR>(UINT_PTR{32512});
