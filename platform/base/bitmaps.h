@@ -1,32 +1,34 @@
 #pragma once
-// The headers of device-independent bitmaps, as they lie in files, in packed bitmaps and in film
-// headers. What draws them is declared in platform/desktop/drawing.h.
+// The structures of device-independent bitmaps, as they lie in BMP files, packed bitmaps and video
+// headers. Little-endian, like every machine this runs on.
 
 #include "platform/base/types.h"
 
-inline constexpr DWORD BI_RGB = 0;        ///< biCompression: plain pixels
-inline constexpr UINT DIB_RGB_COLORS = 0; ///< the palette holds colours
-inline constexpr DWORD SRCCOPY = 0x00CC0020;
+#include <bit>
+
+static_assert(std::endian::native == std::endian::little);
+
+inline constexpr DWORD BI_RGB = 0;
+inline constexpr UINT DIB_RGB_COLORS = 0;
+inline constexpr UINT CF_DIB = 8; ///< the clipboard's format: a packed bitmap
 
 #pragma pack(push, 1)
+
+/// What a BMP file begins with; nothing aligns it.
 struct BITMAPFILEHEADER {
-    WORD bfType;
+    WORD bfType; ///< 0x4D42, "BM"
     DWORD bfSize;
     WORD bfReserved1;
     WORD bfReserved2;
-    DWORD bfOffBits;
+    DWORD bfOffBits; ///< of the pixels, from the start of the file
 };
-struct BITMAPCOREHEADER {
-    DWORD bcSize;
-    WORD bcWidth;
-    WORD bcHeight;
-    WORD bcPlanes;
-    WORD bcBitCount;
-};
+
+#pragma pack(pop)
+
 struct BITMAPINFOHEADER {
-    DWORD biSize;
+    DWORD biSize; ///< 40
     LONG biWidth;
-    LONG biHeight; ///< negative: the first row in memory is the top row
+    LONG biHeight; ///< positive: the first row in memory is the bottom one
     WORD biPlanes;
     WORD biBitCount;
     DWORD biCompression;
@@ -36,21 +38,26 @@ struct BITMAPINFOHEADER {
     DWORD biClrUsed;
     DWORD biClrImportant;
 };
-struct RGBTRIPLE {
-    BYTE rgbtBlue;
-    BYTE rgbtGreen;
-    BYTE rgbtRed;
+
+struct BITMAPCOREHEADER {
+    DWORD bcSize; ///< 12
+    WORD bcWidth;
+    WORD bcHeight;
+    WORD bcPlanes;
+    WORD bcBitCount;
 };
+
 struct RGBQUAD {
     BYTE rgbBlue;
     BYTE rgbGreen;
     BYTE rgbRed;
     BYTE rgbReserved;
 };
+
 struct BITMAPINFO {
     BITMAPINFOHEADER bmiHeader;
-    RGBQUAD bmiColors[1];
+    RGBQUAD bmiColors[1]; ///< biClrUsed of them follow the header
 };
-#pragma pack(pop)
-static_assert(sizeof(BITMAPFILEHEADER) == 14 && sizeof(BITMAPCOREHEADER) == 12);
-static_assert(sizeof(BITMAPINFOHEADER) == 40 && sizeof(RGBQUAD) == 4 && sizeof(BITMAPINFO) == 44);
+
+static_assert(sizeof(BITMAPFILEHEADER) == 14 && sizeof(BITMAPINFOHEADER) == 40);
+static_assert(sizeof(BITMAPCOREHEADER) == 12 && sizeof(RGBQUAD) == 4 && sizeof(BITMAPINFO) == 44);

@@ -27,6 +27,8 @@ using LPCSTR = const char*;
 using LPSTR = char*;
 using LPVOID = void*;
 using LPCVOID = const void*;
+using LPDWORD = DWORD*;
+using SIZE_T = std::size_t;
 
 using HANDLE = void*;
 using HFILE = int;
@@ -66,10 +68,18 @@ struct RECT {
     LONG bottom;
 };
 
-constexpr WORD LOWORD(DWORD_PTR value) { return static_cast<WORD>(value & 0xFFFFU); }
-constexpr WORD HIWORD(DWORD_PTR value) { return static_cast<WORD>((value >> 16U) & 0xFFFFU); }
-constexpr BYTE LOBYTE(DWORD_PTR value) { return static_cast<BYTE>(value & 0xFFU); }
-constexpr BYTE HIBYTE(DWORD_PTR value) { return static_cast<BYTE>((value >> 8U) & 0xFFU); }
+constexpr WORD LOWORD(DWORD_PTR value) {
+    return static_cast<WORD>(value & 0xFFFFU);
+}
+constexpr WORD HIWORD(DWORD_PTR value) {
+    return static_cast<WORD>((value >> 16U) & 0xFFFFU);
+}
+constexpr BYTE LOBYTE(DWORD_PTR value) {
+    return static_cast<BYTE>(value & 0xFFU);
+}
+constexpr BYTE HIBYTE(DWORD_PTR value) {
+    return static_cast<BYTE>((value >> 8U) & 0xFFU);
+}
 constexpr LONG MAKELONG(DWORD_PTR low, DWORD_PTR high) {
     return static_cast<LONG>(LOWORD(low) | (static_cast<DWORD>(LOWORD(high)) << 16U));
 }
@@ -82,6 +92,12 @@ constexpr WPARAM MAKEWPARAM(DWORD_PTR low, DWORD_PTR high) {
 constexpr COLORREF RGB(DWORD red, DWORD green, DWORD blue) {
     return (red & 0xFFU) | ((green & 0xFFU) << 8U) | ((blue & 0xFFU) << 16U);
 }
-constexpr BYTE GetRValue(COLORREF colour) { return static_cast<BYTE>(colour & 0xFFU); }
-constexpr BYTE GetGValue(COLORREF colour) { return static_cast<BYTE>((colour >> 8U) & 0xFFU); }
-constexpr BYTE GetBValue(COLORREF colour) { return static_cast<BYTE>((colour >> 16U) & 0xFFU); }
+constexpr BYTE GetRValue(COLORREF colour) {
+    return static_cast<BYTE>(colour & 0xFFU);
+}
+constexpr BYTE GetGValue(COLORREF colour) {
+    return static_cast<BYTE>((colour >> 8U) & 0xFFU);
+}
+constexpr BYTE GetBValue(COLORREF colour) {
+    return static_cast<BYTE>((colour >> 16U) & 0xFFU);
+}
