@@ -1,6 +1,7 @@
 #pragma once
 // Reads little-endian numbers from bytes that nobody vouches for. A failure is sticky: reads then
-// give 0 and empty views, so a parser reads straight down and asks Ok() once before it uses anything.
+// give 0 and empty views, so a parser reads straight down and asks Ok() once before it uses
+// anything.
 
 #include "framework/base/Bytes.h"
 

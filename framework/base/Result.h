@@ -13,15 +13,15 @@ namespace kelvo {
 /// What is wrong with bytes that came from outside, or with the file that holds them.
 enum class Fault : std::uint8_t {
     None,
-    EndsEarly,   ///< the data ran out before what was promised
-    TooLarge,    ///< more data than there is room for, or a claim beyond a limit
-    BadValue,    ///< a field holds what it never may
-    Mismatch,    ///< two places that must agree do not
-    Unreadable,  ///< the system refused to read
-    Unwritable,  ///< the system refused to write, sync, close or rename; also a full disk
-    Missing,     ///< no such file, or the file holds no such part
-    Busy,        ///< another process holds it
-    Stopped,     ///< a person stopped the operation
+    EndsEarly,  ///< the data ran out before what was promised
+    TooLarge,   ///< more data than there is room for, or a claim beyond a limit
+    BadValue,   ///< a field holds what it never may
+    Mismatch,   ///< two places that must agree do not
+    Unreadable, ///< the system refused to read
+    Unwritable, ///< the system refused to write, sync, close or rename; also a full disk
+    Missing,    ///< no such file, or the file holds no such part
+    Busy,       ///< another process holds it
+    Stopped,    ///< a person stopped the operation
 };
 
 /// A fault and the place where it was found.
@@ -53,7 +53,7 @@ private:
 
 /// What a decoder made of a stream: what came before the damage is worth keeping.
 struct [[nodiscard]] Decoded {
-    std::size_t written = 0;     ///< bytes of the record that the stream covered, never beyond its end
+    std::size_t written = 0; ///< bytes of the record that the stream covered, never beyond its end
     Fault fault = Fault::None;   ///< EndsEarly: cut stream; TooLarge: describes more than a record
     std::uint64_t described = 0; ///< bytes that the stream describes; above `written` when TooLarge
     friend bool operator==(const Decoded&, const Decoded&) = default;
