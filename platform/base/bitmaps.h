@@ -9,12 +9,14 @@
 static_assert(std::endian::native == std::endian::little);
 
 inline constexpr DWORD BI_RGB = 0;
-inline constexpr UINT DIB_RGB_COLORS = 0;
+inline constexpr UINT DIB_RGB_COLORS = 0; ///< the palette holds colours
+inline constexpr DWORD SRCCOPY = 0x00CC0020;
 inline constexpr UINT CF_DIB = 8; ///< the clipboard's format: a packed bitmap
 
+// Packed, because in a BMP file the info header lies at offset 14, where nothing aligns it.
 #pragma pack(push, 1)
 
-/// What a BMP file begins with; nothing aligns it.
+/// What a BMP file begins with.
 struct BITMAPFILEHEADER {
     WORD bfType; ///< 0x4D42, "BM"
     DWORD bfSize;
@@ -22,8 +24,6 @@ struct BITMAPFILEHEADER {
     WORD bfReserved2;
     DWORD bfOffBits; ///< of the pixels, from the start of the file
 };
-
-#pragma pack(pop)
 
 struct BITMAPINFOHEADER {
     DWORD biSize; ///< 40
@@ -47,6 +47,12 @@ struct BITMAPCOREHEADER {
     WORD bcBitCount;
 };
 
+struct RGBTRIPLE {
+    BYTE rgbtBlue;
+    BYTE rgbtGreen;
+    BYTE rgbtRed;
+};
+
 struct RGBQUAD {
     BYTE rgbBlue;
     BYTE rgbGreen;
@@ -58,6 +64,8 @@ struct BITMAPINFO {
     BITMAPINFOHEADER bmiHeader;
     RGBQUAD bmiColors[1]; ///< biClrUsed of them follow the header
 };
+
+#pragma pack(pop)
 
 static_assert(sizeof(BITMAPFILEHEADER) == 14 && sizeof(BITMAPINFOHEADER) == 40);
 static_assert(sizeof(BITMAPCOREHEADER) == 12 && sizeof(RGBQUAD) == 4 && sizeof(BITMAPINFO) == 44);

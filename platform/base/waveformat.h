@@ -1,19 +1,4 @@
 #pragma once
-// The description of PCM sound, as it lies in sound tracks and as the wave devices take it.
+// Another name for wave_format.h, until its includers use that one.
 
-#include "platform/base/types.h"
-
-inline constexpr WORD WAVE_FORMAT_PCM = 1;
-
-#pragma pack(push, 1)
-struct WAVEFORMATEX {
-    WORD wFormatTag;
-    WORD nChannels;
-    DWORD nSamplesPerSec;
-    DWORD nAvgBytesPerSec;
-    WORD nBlockAlign;
-    WORD wBitsPerSample;
-    WORD cbSize;
-};
-#pragma pack(pop)
-static_assert(sizeof(WAVEFORMATEX) == 18);
+#include "platform/base/wave_format.h"
