@@ -1,0 +1,1 @@
+#include "container/codec/Lzss.h"
