@@ -1,0 +1,138 @@
+#pragma once
+// The Vorbis form of a sound track: a short fixed header and an Ogg Vorbis stream, decoded into PCM
+// and cut into audio frames. One track decodes at a time in the whole process; when another one
+// reads, it takes the decoder over, and the first finds its place again at its next read.
+
+#include "framework/base/Bytes.h"
+#include "framework/base/CObj.h"
+#include "framework/base/CString.h"
+#include "framework/base/ChFile.h"
+#include "framework/base/Result.h"
+#include "media/VorbisDecoder.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+#include <vector>
+
+namespace kelvo {
+
+/// What every Vorbis track begins with; no terminator.
+inline constexpr std::string_view kVorbisSignature = "VrbZuva40213380500000000000000";
+static_assert(kVorbisSignature.size() == 30);
+
+/// The six fields behind the signature, in their order in the file.
+struct VorbisDescription {
+    static constexpr std::size_t kBytes = 24;
+
+    std::uint32_t frame_count = 0; ///< audio frames in the track
+    std::uint32_t SampleRate = 22050;
+    std::uint32_t channels = 1;       ///< as given to the encoder
+    std::uint32_t BytesPerSample = 1; ///< that the decoder produces: 1 or 2
+    std::uint32_t nFramesAlSec = 10;
+    std::uint32_t FrameBytes = 2205;
+    friend bool operator==(const VorbisDescription&, const VorbisDescription&) = default;
+};
+
+class VorbisFilekel : public CObj {
+public:
+    /// Each of the two buffers that PCM gathers in.
+    static constexpr std::size_t kPcmBufferSize = 0x80000;
+    /// A read offset beyond this moves the pending bytes to the other buffer.
+    static constexpr std::size_t kSwitchOffset = 400000;
+    /// No audio frame is longer: whatever is pending, a whole one fits into a buffer.
+    static constexpr std::size_t kLargestFrame = kPcmBufferSize - 8192;
+
+    VorbisFilekel();
+    VorbisFilekel(const VorbisFilekel&) = delete;
+    VorbisFilekel& operator=(const VorbisFilekel&) = delete;
+    /// Closes.
+    ~VorbisFilekel() override;
+
+    /// True when the file (of a .kva: its sound) begins with the signature.
+    static bool IsVorbisFile(const CString& name);
+
+    /// A stream that cannot be set up is reported in a box; the track is then open and silent.
+    /// @param header_length  of the track header behind the description
+    /// @return false when there is no such file, no signature, or a description that contradicts
+    ///         itself (LastError() tells)
+    bool OpenForRead(const CString& name, std::uint32_t header_length);
+    bool Close();
+
+    /// Fills the frame buffer with the next FrameBytes bytes of PCM. Where the stream is shorter
+    /// than the frame count says, the rest of the buffer keeps its older bytes.
+    /// @return false when all frames of the track have been delivered
+    bool ReadNextFrame();
+    /// The next frame read will be `frame`, taken into 0 to the frame count. Long ways show the
+    /// progress "Attendere..."; when it is cancelled the track is at frame 0.
+    bool GoToFrame(int frame);
+
+    bool IsOpen() const { return file_.IsOpen(); }
+    int FrameCount() const;
+    /// Frames delivered since the start of the stream: the number of the next one.
+    int CurrentFrame() const;
+    /// FrameBytes bytes; valid until the track is read or closed.
+    ByteView FrameBuffer() const { return frame_buffer_; }
+    ByteView HeaderBuffer() const { return header_buffer_; }
+    const VorbisDescription& Description() const { return description_; }
+    /// False when the stream ended before it filled the last frame that was read, or lost bytes on
+    /// the way to it.
+    bool LastFrameComplete() const { return last_frame_complete_; }
+    /// True once bytes of the stream were lost or broken since the track was opened.
+    bool StreamDamaged() const { return stream_damaged_; }
+    /// False when the stream could not be set up.
+    bool HasStream() const { return setup_fault_ == VorbisFault::None; }
+    const CString& FileName() const { return file_.FileName(); }
+
+    // As the stream itself reports them.
+    const CString& Comments() const { return comments_; }
+    const CString& Vendor() const { return vendor_; }
+    unsigned StreamChannels() const { return stream_channels_; }
+    std::uint32_t StreamSampleRate() const { return stream_sample_rate_; }
+
+    /// Why the last opening failed, with the offset in the track.
+    const Error& LastError() const { return last_error_; }
+
+private:
+    struct PcmBuffer {
+        std::vector<std::uint8_t> bytes;
+        std::size_t read_offset = 0;
+    };
+    /// Whether what a skip passes over is shown, and can be stopped.
+    enum class Shown : bool { No, Yes };
+
+    Error ReadDescription(std::uint32_t header_length);
+    void StartDecoder();
+    void StopDecoder();
+    VorbisFault TakeDecoder();
+    std::size_t DecodeChunk(PcmBuffer& buffer, std::size_t destination);
+    bool DecodeMore();
+    void FillFrame();
+    bool SkipBytes(std::uint64_t count);
+    void ResetPcm();
+    PcmBuffer& InUse() { return pcm_[in_use_]; }
+
+    std::uint32_t header_length_ = 0;
+    VorbisDescription description_;
+    std::uint32_t current_frame_ = 0;
+    std::vector<std::uint8_t> frame_buffer_;
+    std::vector<std::uint8_t> header_buffer_;
+    ChFile file_;
+    std::array<PcmBuffer, 2> pcm_;
+    std::size_t in_use_ = 0;
+    std::size_t pending_ = 0;         // decoded bytes not yet delivered, from the read offset on
+    std::uint64_t decoded_bytes_ = 0; // PCM taken from the decoder since the stream's start
+    bool end_of_stream_ = true;
+    bool last_frame_complete_ = true;
+    bool stream_damaged_ = false;
+    bool damage_shown_ = false; // once for each opening
+    VorbisFault setup_fault_ = VorbisFault::EmptyStream;
+    Error last_error_;
+    CString comments_;
+    CString vendor_;
+    unsigned stream_channels_ = 0;
+    std::uint32_t stream_sample_rate_ = 0;
+};
+
+} // namespace kelvo
