@@ -1,0 +1,211 @@
+#pragma once
+// The record container: every track is one. It opens, reads, appends to, edits and rewrites a file
+// of records that are each compressed by one type of the catalogue. What the records mean belongs
+// to the tracks; how a rewrite reaches the disk without ever losing a film, to RewriteTarget and
+// UndoFile.
+
+#include "container/AVDirectory.h"
+#include "container/Compressionekel.h"
+#include "container/ContainerHeader.h"
+#include "container/ProgressOwner.h"
+#include "container/RecordBytes.h"
+#include "container/RecordIndex.h"
+#include "container/UndoFile.h"
+#include "framework/base/Bytes.h"
+#include "framework/base/ChFile.h"
+#include "framework/base/Result.h"
+
+#include <cstdint>
+#include <optional>
+
+namespace kelvo {
+
+class RewriteTarget;
+
+/// What a rewrite changes; 0 keeps the container's own value.
+struct RewriteParameters {
+    std::uint32_t user_header_size = 0;
+    std::uint32_t compression_type = 0;
+    std::uint32_t key_interval = 0;
+    std::uint32_t creator_value = 0;
+    /// user_header_size bytes; may be empty: the new user header is then zeros. Used only together
+    /// with a new size.
+    ByteView user_header;
+};
+
+class ZFilekel : public Compressionekel, public ChFile {
+public:
+    enum class Mode : int {
+        Closed = 0,
+        ForRead = 1,    ///< sequential and random reading
+        HeaderOnly = 2, ///< random reading; header written at close (and the index, if it moved)
+        Existing = 3,   ///< random reading, appending and editing
+        New = 4,        ///< made by Create: appending
+        IndexRebuild = 5,
+    };
+
+    ZFilekel() = default;
+    /// Closes, with the question when the container was modified.
+    ~ZFilekel() override;
+
+    // Opening. A file that is damaged, missing or claims more than it holds gives false and leaves
+    // the object closed, without a box; LastError() says why. An interrupted edit that a kill left
+    // behind is undone first.
+
+    /// @param selector  of a film (.kva): 'A' the sound, 'V' the picture, 'N' the bare file
+    [[nodiscard]] bool OpenForRead(const CString& name, char selector = 'A');
+    /// For reading and editing. A differential container is recompressed to type 9 first, if the
+    /// user agrees. A film (.kva) is refused: its tracks cannot grow in place.
+    [[nodiscard]] bool OpenExisting(const CString& name);
+    /// Any of the modes 1, 2, 3 and 5. Mode 5 makes the index of the file anew and leaves the
+    /// object closed.
+    [[nodiscard]] bool OpenInMode(const CString& name, Mode mode, char selector = 'A');
+    /// Makes a new container, or empties the file of that name; the user header is zeros until
+    /// WriteUserHeader.
+    [[nodiscard]] bool Create(const CString& name, std::uint32_t user_header_size,
+                              std::uint32_t record_length, std::uint32_t side_length,
+                              std::uint32_t type, std::uint32_t key_interval,
+                              std::uint32_t creator_value);
+    /// @param user_header  UserHeaderSize() bytes
+    [[nodiscard]] bool WriteUserHeader(ByteView user_header);
+
+    // Reading. A record that is damaged shows "FILE CORROTTO!" and still gives true, with what
+    // could be decoded in RecordBuffer() and the fault in LastError().
+
+    /// The record at CurrentRecord(); false without a box at the end.
+    [[nodiscard]] bool ReadNextRecord();
+    /// @param record  negative or beyond the end gives false
+    [[nodiscard]] bool ReadRecord(int record);
+    /// The stored payload as it is, which lives until the next read or append.
+    /// @param stored_length  out: its bytes, cut to what is there
+    /// @return null when there is no such record
+    const std::uint8_t* ReadRawRecord(int record, std::uint32_t& stored_length);
+    /// Clamps the number into what there is; ReadNextRecord then returns that record.
+    bool GoToRecord(int record);
+
+    // Appending and editing.
+
+    /// @param payload  RecordLength() bytes
+    /// @param side     SideLength() bytes
+    [[nodiscard]] bool AppendRecord(ByteView payload, ByteView side);
+    [[nodiscard]] bool ReplaceRecord(int record, ByteView payload, ByteView side);
+    [[nodiscard]] bool InsertRecord(int record, ByteView payload, ByteView side);
+    /// The records [first, end); record 0 of a whole container stays.
+    [[nodiscard]] bool DeleteRecords(int first, int end);
+
+    // Rewriting: a complete temporary file, which then takes the place of the old one. Whatever
+    // fails before that leaves the old file as it was and no temporary behind.
+
+    /// The open container in other parameters; it is open again afterwards, for editing where the
+    /// type allows it. A track of a film (.kva) is rewritten with the whole film around it and is
+    /// then open for reading, as the same track.
+    /// @param owner  may be null
+    [[nodiscard]] bool Recompress(const RewriteParameters& parameters, ProgressOwner* owner);
+    /// The same for a file that is not open; the object must be closed and is closed again.
+    [[nodiscard]] bool RecompressFile(const CString& name, const RewriteParameters& parameters,
+                                      ProgressOwner* owner, char selector = 'A');
+    /// The modified container without its dead bytes; closed afterwards, whatever the result.
+    [[nodiscard]] bool RecompressOnClose(bool with_dialog);
+    /// The file as it was when it was opened; a file just made is deleted. Closed afterwards.
+    void AbandonChanges();
+    /// Finishes the file. A modified container asks whether to rewrite it.
+    bool Close();
+
+    // Asking.
+
+    std::uint32_t RecordCount() const { return header_.RecordCount; }
+    std::uint32_t RecordLength() const { return header_.RecordLength; }
+    std::uint32_t SideLength() const { return header_.SideLength; }
+    std::uint32_t UserHeaderSize() const { return header_.UserHeaderSize; }
+    std::uint32_t CompressionType() const { return header_.CompressionType; }
+    std::uint32_t KeyInterval() const { return header_.KeyInterval; }
+    std::uint32_t CreatorValue() const { return header_.CreatorValue; }
+    const ContainerHeader& Header() const { return header_; }
+    Mode OpenMode() const { return mode_; }
+    bool IsModified() const { return modified_; }
+    /// Number of the record that the next sequential read returns.
+    std::uint32_t CurrentRecord() const { return current_record_; }
+    /// The decoded payload of the last record; lives until the container is closed.
+    ByteSpan RecordBuffer() { return record_buffer_.Span(); }
+    /// The side block of the last record.
+    ByteSpan SideBuffer() { return side_buffer_.Span(); }
+    /// The user header as read, or as last written.
+    ByteSpan UserHeader() { return user_header_.Span(); }
+    /// Where a record lies, from the start of the file (not of the window).
+    /// @param record  at most RecordCount(), which is the end of the records
+    std::uint64_t RecordFileOffset(std::uint32_t record) const;
+    /// Bytes that the index gives to a record's payload.
+    std::uint32_t StoredLength(std::uint32_t record) const;
+    const RecordIndex& Index() const { return index_; }
+    /// Why the last operation failed or what it found damaged; Fault::None when nothing was. Its
+    /// offset counts from the start of the file. Kept when the object closes.
+    const Error& LastError() const { return last_error_; }
+
+private:
+    /// Which track of which film is open.
+    struct FilmTrack {
+        AVDirectory directory;
+        char selector = 'A';
+    };
+    /// Where one record lies and how much of it is stored.
+    struct StoredRecord {
+        std::uint32_t stored_length = 0; ///< as the record says
+        std::size_t available = 0;       ///< of these, bytes that are in the compressed buffer
+        Error error;
+    };
+
+    // Opening (ContainerOpening.cpp)
+    bool OpenHandle(const CString& name, Mode mode, char selector);
+    bool EnterFilm(char selector);
+    bool ReadHeaderAndIndex(Mode mode);
+    bool ReadIndex();
+    bool RecordLengthIsPlausible(std::uint64_t size) const;
+    bool AllocateBuffers();
+    bool AskForRecompression();
+    bool RecompressForEditing(const CString& name);
+    bool RebuildIndexInPlace();
+    std::uint64_t ContainerSize();
+
+    // Reading (ContainerReading.cpp)
+    bool ReadHere();
+    StoredRecord ReadStored(bool keep_in_buffer);
+    bool DecodeStored(const StoredRecord& stored);
+    bool ReadChain(std::uint32_t first, std::uint32_t count);
+
+    // Writing and closing (ZFilekel.cpp, ContainerEditing.cpp)
+    bool PrepareToOverwriteIndex();
+    bool WriteRecordAt(std::uint32_t offset, ByteView frame);
+    bool CheckEditing(int record);
+    bool CommitHeaderAndIndex();
+    bool CloseClean();
+    bool CloseModified();
+    void Reset();
+
+    // Rewriting (ContainerRewriting.cpp)
+    bool BeginRewrite(RewriteTarget& target, const RewriteParameters& parameters);
+    bool CopyRecordsTo(RewriteTarget& target, ProgressOwner* owner, bool sequential);
+
+    bool Fail(Fault fault, std::uint64_t offset);
+    bool Fail(const Error& error) { return Fail(error.fault, error.offset); }
+
+    // Fixed while a file is open, but for the counts of header_ and index_, which grow.
+    Mode mode_ = Mode::Closed;
+    ContainerHeader header_;
+    ContainerHeader header_on_disk_;
+    std::optional<FilmTrack> film_;
+    RecordIndex index_;
+    RecordIndex opening_index_; ///< only where edits can be undone
+
+    // One buffer each for everything that is read or written.
+    RecordBytes record_buffer_;
+    RecordBytes side_buffer_;
+    RecordBytes user_header_;
+    RecordBytes frame_buffer_; ///< stored length, CompressedBuffer, side block: as in the file
+
+    std::uint32_t current_record_ = 0;
+    bool modified_ = false;
+    UndoFile undo_;
+    Error last_error_;
+};
+
+} // namespace kelvo
