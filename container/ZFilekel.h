@@ -127,10 +127,13 @@ public:
     std::uint32_t CurrentRecord() const { return current_record_; }
     /// The decoded payload of the last record; lives until the container is closed.
     ByteSpan RecordBuffer() { return record_buffer_.Span(); }
+    ByteView RecordBuffer() const { return record_buffer_.View(); }
     /// The side block of the last record.
     ByteSpan SideBuffer() { return side_buffer_.Span(); }
+    ByteView SideBuffer() const { return side_buffer_.View(); }
     /// The user header as read, or as last written.
     ByteSpan UserHeader() { return user_header_.Span(); }
+    ByteView UserHeader() const { return user_header_.View(); }
     /// Where a record lies, from the start of the file (not of the window).
     /// @param record  at most RecordCount(), which is the end of the records
     std::uint64_t RecordFileOffset(std::uint32_t record) const;
