@@ -46,12 +46,13 @@ public:
     // The boxes have no owner window. They return false so that a failure can be shown and returned
     // in one line. The printf forms cut their text at 8191 bytes.
 
-    /// Caption "ERRORE". The text is shown as it is, per cent signs included.
+    /// Caption "ERRORE". The text is shown as it is, per cent signs included; the printf form has a
+    /// name of its own, because a variable argument list cannot be told from no arguments.
     static bool ErrorBox(const char* text);
     static bool ErrorBox(const CString& text);
     static bool ErrorBox(const char* text, Caption caption);
     static bool ErrorBox(const CString& text, Caption caption);
-    [[gnu::format(printf, 1, 2)]] static bool ErrorBox(const char* format, ...);
+    [[gnu::format(printf, 1, 2)]] static bool ErrorBoxFormat(const char* format, ...);
     /// Caption "ATTENZIONE".
     [[gnu::format(printf, 1, 2)]] static bool WarningBox(const char* format, ...);
     /// Caption "NECESSARIA CONFERMA". @return true only for Yes

@@ -6,6 +6,7 @@
 
 #include "framework/base/Bytes.h"
 #include "framework/base/CString.h"
+#include "framework/base/FilePaths.h"
 #include "framework/base/Stream.h"
 
 #include <cstddef>
@@ -61,8 +62,10 @@ public:
     const CString& FileName() const { return name_; }
 
     /// From now on positions count from `base` and reads stop at `limit` (both absolute; limit 0:
-    /// none). The position becomes 0 and the file seeks there.
-    /// @return false when the window is not inside the file; there is none then
+    /// none; a limit beyond the file's end is allowed, a damaged file may claim it). The position
+    /// becomes 0 and the file seeks there.
+    /// @return false when the file is closed, or for a limit below the base; there is no window
+    /// then
     [[nodiscard]] bool SetWindow(std::int64_t base, std::int64_t limit);
     void ClearWindow() { window_base_ = window_limit_ = 0; }
     std::int64_t WindowBase() const { return window_base_; }
@@ -117,24 +120,5 @@ private:
     bool writable_ = false;
     bool read_failed_ = false;
 };
-
-/// Directory of the program file, with its final separator.
-CString ProgramDirectory(HINSTANCE module = nullptr);
-
-/// The full path that open and create use: a name without a separator after its first character is
-/// put behind the directory, or behind the program's. A name that begins with "/" is a full path
-/// already.
-CString ResolvePath(HINSTANCE module, const CString& name, const char* directory);
-
-// Parts of a path; "\" and "/" both separate. An empty path gives an empty result.
-
-/// Through the last separator; empty when there is none.
-CString PathDirectory(const CString& path);
-/// After the last "." of the file name; a "." in the path's first place does not count.
-CString PathExtension(const CString& path);
-/// The file name without its extension and the "." before it.
-CString PathTitle(const CString& path);
-/// The file name: what follows the last separator.
-CString PathFileName(const CString& path);
 
 } // namespace kelvo

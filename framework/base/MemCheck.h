@@ -41,7 +41,10 @@ private:
 [[nodiscard]] void* LumMemoryCheck(void* block, std::size_t bytes,
                                    std::source_location place = std::source_location::current());
 
-/// Frees a block of any of the three; null is allowed.
+/// The same as LumMemoryCheck for callers that show their own box: null when there is no memory.
+[[nodiscard]] void* TryResizeBlock(void* block, std::size_t bytes) noexcept;
+
+/// Frees a block of any of the four; null is allowed.
 void MemRelease(void* block) noexcept;
 
 struct MemReleaser {

@@ -63,15 +63,16 @@ private:
         std::atomic<bool> finished = false; // the thread writes, the owner reads
     };
     struct Start;
-    static DWORD Entry(LPVOID start);
+    static unsigned Entry(void* start);
 
-    void CloseFinished();
+    bool CreateEndEvent();
+    void CloseEvents();
+    void CloseThread();
     void StopBody();
 
     // The owner's thread only.
     std::shared_ptr<Run> run_;
     HANDLE thread_ = nullptr; // of the current start; shown as null once the body has returned
-    HANDLE killed_thread_ = nullptr; // ended by Kill, still to be waited for and closed
     INT_PTR user_value_ = 0;
     LPVOID security_attributes_ = nullptr;
     DWORD stack_size_ = 0;
