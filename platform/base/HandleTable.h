@@ -18,7 +18,7 @@ public:
 
     /// Called once when its handle is closed.
     /// @return the ERROR_ number of what went wrong, ERROR_SUCCESS mostly.
-    virtual DWORD OnHandleClosed() { return 0; }
+    [[nodiscard]] virtual DWORD OnHandleClosed() { return 0; }
 };
 
 [[nodiscard]] HANDLE AddHandle(std::shared_ptr<SystemObject> object);

@@ -14,6 +14,10 @@ namespace kelvo::platform {
 /// (else in ~/.local/state), which is then made. Ends in `/`.
 [[nodiscard]] std::string ProgramDirectory();
 
+/// The same for a program whose file lies in `program_folder` (which ends in `/`). Where nothing
+/// can be written at all it is that folder after all.
+[[nodiscard]] std::string OwnFilesDirectory(const std::string& program_folder);
+
 /// A name that an existing file or folder has, seen from the working directory, is made absolute
 /// and spelt as the file system has it; any other name comes back unchanged.
 [[nodiscard]] std::string AbsoluteIfExisting(std::string_view name);
