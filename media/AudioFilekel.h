@@ -79,7 +79,8 @@ private:
 
     AudioHeader header_;
     std::array<std::uint8_t, kAudioSideLength> side_{}; // composed for appending
-    std::unique_ptr<VorbisFilekel> vorbis_;             // null for the container form
+    std::shared_ptr<VorbisFilekel> vorbis_;             // null for the container form; shared only
+                                                        // with an operation that is going on
     Error header_error_;
 };
 

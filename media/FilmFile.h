@@ -4,11 +4,9 @@
 
 #include "framework/base/CString.h"
 #include "framework/base/Result.h"
+#include "media/NewFile.h"
 
 namespace kelvo {
-
-/// What stands at the film's name before it is written.
-enum class Existing : bool { Refuse, Replace };
 
 /// Writes a film through a temporary file beside it (its title with ".tmp", created exclusively),
 /// synced and then renamed: at any moment the name holds the old file or the whole new one.

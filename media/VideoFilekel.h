@@ -10,6 +10,7 @@
 #include "platform/base/bitmaps.h"
 
 #include <array>
+#include <atomic>
 #include <cstdint>
 #include <vector>
 
@@ -39,16 +40,21 @@ public:
     /// @param bitmap_part  as many bytes as Create was told; others are refused
     bool WriteVideoHeader(ByteView bitmap_part);
     bool AppendFrame(ByteView pixels, std::uint32_t sync_number, std::uint32_t capture_time);
+    /// @return false only when a track that was written or edited could not be finished
     bool Close();
 
     /// @param side  left alone when there is no frame
     bool ReadNextFrame(FrameSide& side);
     bool ReadFrame(int frame, FrameSide& side);
+    /// Taken into what there is: the next ReadNextFrame gives that image.
+    bool GoToRecord(int frame);
 
     /// The SyncNumber of the image that the next read gives (past the end: of the last one),
     /// without decoding anything; 0 for a track without images. Not while another thread reads the
     /// track.
     std::uint32_t CurrentSyncNumber();
+    /// The same of any image; a number outside the track counts as its nearest one.
+    std::uint32_t SyncNumberOf(int frame);
 
     /// With GetFrameBits, what StretchDIBits draws with DIB_RGB_COLORS; null while closed. Its
     /// biSizeImage is the record length, whatever the file says.
@@ -82,12 +88,14 @@ private:
     bool TakeHeader();
     void SetUpHeader(std::uint32_t bitmap_part);
     FrameSide SideOfRecord() const;
-    void FreeHeader();
+    void PublishPosition();
 
     std::vector<std::uint8_t> header_bytes_; // the VideoHeader; empty while closed
     VideoHeader fields_;                     // read from header_bytes_
     std::array<std::uint8_t, kVideoSideLength> side_{};
     Error header_error_;
+
+    std::atomic<int> current_frame_{0}; ///< who reads images writes it, any thread reads it
 };
 
 } // namespace kelvo

@@ -176,9 +176,9 @@ VorbisDecoder::Chunk VorbisDecoder::Decode(VorbisSource& source, ByteSpan room,
         }
         if (s.page_ends_stream) break;
         const int page = ogg_sync_pageout(&s.sync, &s.page);
-        if (page < 0) chunk.damaged = true;
-        if (page > 0) {
-            ogg_stream_pagein(&s.stream, &s.page);
+        if (page < 0) chunk.out_of_step = true;
+        // A page of another stream is refused and says nothing about the end of this one.
+        if (page > 0 && ogg_stream_pagein(&s.stream, &s.page) == 0) {
             s.page_ends_stream = ogg_page_eos(&s.page) != 0;
         }
         if (page != 0) continue;
@@ -194,7 +194,7 @@ void VorbisDecoder::DecodePacket(Chunk& chunk) {
     State& s = *state_;
     if (vorbis_synthesis(&s.block, &s.packet) == 0) {
         vorbis_synthesis_blockin(&s.dsp, &s.block);
-    } else {
+    } else if (s.packet.bytes > 0) {
         chunk.damaged = true;
     }
 }

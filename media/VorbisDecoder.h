@@ -40,9 +40,10 @@ public:
 
     /// What one step of decoding gave.
     struct Chunk {
-        std::size_t written = 0; ///< bytes of PCM
-        bool more = false;       ///< false: the stream has ended and the decoder is cleared
-        bool damaged = false;    ///< bytes of the stream were lost or broken on the way
+        std::size_t written = 0;  ///< bytes of PCM
+        bool more = false;        ///< false: the stream has ended and the decoder is cleared
+        bool out_of_step = false; ///< bytes lay between the pages, or a page was broken
+        bool damaged = false;     ///< packets were lost or broken
     };
 
     VorbisDecoder();

@@ -62,7 +62,8 @@ public:
 
     /// Fills the frame buffer with the next FrameBytes bytes of PCM. Where the stream is shorter
     /// than the frame count says, the rest of the buffer keeps its older bytes.
-    /// @return false when all frames of the track have been delivered
+    /// @return false when all frames of the track have been delivered, and while a positioning that
+    ///         shows its progress goes on
     bool ReadNextFrame();
     /// The next frame read will be `frame`, taken into 0 to the frame count. Long ways show the
     /// progress "Attendere..."; when it is cancelled the track is at frame 0.
@@ -76,8 +77,7 @@ public:
     ByteView FrameBuffer() const { return frame_buffer_; }
     ByteView HeaderBuffer() const { return header_buffer_; }
     const VorbisDescription& Description() const { return description_; }
-    /// False when the stream ended before it filled the last frame that was read, or lost bytes on
-    /// the way to it.
+    /// False when the stream ended before it filled the last frame that was read.
     bool LastFrameComplete() const { return last_frame_complete_; }
     /// True once bytes of the stream were lost or broken since the track was opened.
     bool StreamDamaged() const { return stream_damaged_; }
@@ -99,9 +99,6 @@ private:
         std::vector<std::uint8_t> bytes;
         std::size_t read_offset = 0;
     };
-    /// Whether what a skip passes over is shown, and can be stopped.
-    enum class Shown : bool { No, Yes };
-
     Error ReadDescription(std::uint32_t header_length);
     void StartDecoder();
     void StopDecoder();
@@ -124,6 +121,7 @@ private:
     std::size_t pending_ = 0;         // decoded bytes not yet delivered, from the read offset on
     std::uint64_t decoded_bytes_ = 0; // PCM taken from the decoder since the stream's start
     bool end_of_stream_ = true;
+    bool positioning_ = false; // a long way is going on, and windows may answer
     bool last_frame_complete_ = true;
     bool stream_damaged_ = false;
     bool damage_shown_ = false; // once for each opening

@@ -1,0 +1,205 @@
+#include "media/AudioFilekel.h"
+
+#include "framework/base/ByteReader.h"
+#include "framework/base/ByteWriter.h"
+
+#include <algorithm>
+#include <climits>
+#include <tuple>
+
+namespace kelvo {
+
+namespace {
+
+constexpr char kCannotOpenVorbisText[] = "Impossibile aprire il VorbisFilekel!";
+constexpr char kOpenForReadCaption[] = "AudioFilekel::OpenForRead()";
+constexpr char kCannotEditVorbisText[] =
+    "Impossibile aprire un VorbisFilekel in lettura/scrittura!";
+constexpr char kOpenExistingCaption[] = "AudioFilekel::OpenExisting()";
+constexpr char kNotForVorbisText[] = "Operazione non consentita sui file Vorbis!";
+constexpr char kMakeVorbisFromTrackText[] =
+    "Per creare un Vorbis File occorre partire da un AudioFilekel esistente!";
+
+constexpr int kVorbisType = 69;
+constexpr std::uint32_t kRawType = 99;
+constexpr std::uint32_t kAudioCreator = 1;
+
+/// Record counts and numbers are unsigned in the container, and never reach the sign bit.
+int AsInt(std::uint32_t value) {
+    return static_cast<int>(std::min<std::uint32_t>(value, INT_MAX));
+}
+
+} // namespace
+
+AudioFilekel::~AudioFilekel() {
+    vorbis_.reset();
+}
+
+bool AudioFilekel::OpenForRead(const CString& name) {
+    header_error_ = {};
+    if (VorbisFilekel::IsVorbisFile(name)) return OpenVorbis(name);
+    return ZFilekel::OpenForRead(name, 'A') && TakeHeader();
+}
+
+bool AudioFilekel::OpenVorbis(const CString& name) {
+    auto vorbis = std::make_shared<VorbisFilekel>();
+    bool opened = vorbis->OpenForRead(name, kAudioHeaderSize);
+    header_error_ = vorbis->LastError();
+    if (opened) {
+        const Result<AudioHeader> header = ParseAudioHeader(vorbis->HeaderBuffer());
+        header_error_ = header ? CheckAudioHeader(header.Value(), vorbis->Description().channels)
+                               : header.Why();
+        opened = header_error_.fault == Fault::None;
+        // Whoever plays asks this header how long a frame is, and takes it from the other's buffer.
+        const VorbisDescription& description = vorbis->Description();
+        if (opened && (header.Value().FrameBytes != description.FrameBytes ||
+                       header.Value().BytesPerSample != description.BytesPerSample)) {
+            header_error_ = {Fault::Mismatch, 12};
+            opened = false;
+        }
+        if (opened) header_ = header.Value();
+    }
+    if (!opened) return ErrorBox(kCannotOpenVorbisText, Caption{kOpenForReadCaption});
+    RepairWaveFormat(header_);
+    vorbis_ = std::move(vorbis);
+    std::ignore = SetCompressionType(kVorbisType, 0); // needs no length, so it cannot be refused
+    return true;
+}
+
+bool AudioFilekel::OpenExisting(const CString& name) {
+    header_error_ = {};
+    if (VorbisFilekel::IsVorbisFile(name)) {
+        return ErrorBox(kCannotEditVorbisText, Caption{kOpenExistingCaption});
+    }
+    if (!ZFilekel::OpenExisting(name) || !TakeHeader()) return false;
+    if (CompressionType() == kRawType) return true;
+    std::ignore = ZFilekel::Close(); // nothing was changed
+    return false;
+}
+
+// Closes a container that is no sound track.
+bool AudioFilekel::TakeHeader() {
+    const Result<AudioHeader> header = ParseAudioHeader(UserHeader());
+    header_error_ = header ? CheckAudioHeader(header.Value()) : header.Why();
+    if (header_error_.fault == Fault::None && header.Value().FrameBytes != RecordLength()) {
+        header_error_ = {Fault::Mismatch, 12};
+    }
+    if (header_error_.fault != Fault::None) {
+        std::ignore = ZFilekel::Close(); // nothing was changed
+        return false;
+    }
+    header_ = header.Value();
+    RepairWaveFormat(header_);
+    return true;
+}
+
+bool AudioFilekel::Create(const CString& name, int type, std::uint32_t sample_rate,
+                          std::uint32_t bytes_per_sample, std::uint32_t frames_per_second) {
+    header_ = BuildWaveFormat(sample_rate, bytes_per_sample, frames_per_second);
+    if (type == kVorbisType) return ErrorBox(kMakeVorbisFromTrackText);
+    header_error_ = CheckAudioHeader(header_);
+    if (header_error_.fault != Fault::None) return false;
+    return ZFilekel::Create(name, kAudioHeaderSize, header_.FrameBytes, kAudioSideLength,
+                            static_cast<std::uint32_t>(type), kNoKeyInterval, kAudioCreator) &&
+           WriteUserHeader(AudioHeaderBytes(header_));
+}
+
+bool AudioFilekel::Close() {
+    vorbis_.reset();
+    return OpenMode() == Mode::Closed || ZFilekel::Close();
+}
+
+bool AudioFilekel::ReadNextAudioFrame(int& frame_number, std::uint32_t& capture_time) {
+    if (const auto vorbis = vorbis_) {
+        if (!vorbis->ReadNextFrame()) {
+            frame_number = NoFrameIndex;
+            return false;
+        }
+        frame_number = vorbis->CurrentFrame();
+        capture_time = 0;
+        return true;
+    }
+    if (OpenMode() == Mode::Closed || !ReadNextRecord()) {
+        frame_number = NoFrameIndex;
+        return false;
+    }
+    frame_number = AsInt(CurrentRecord());
+    capture_time = SideCaptureTime();
+    return true;
+}
+
+bool AudioFilekel::ReadAudioFrame(int frame, std::uint32_t& capture_time) {
+    if (const auto vorbis = vorbis_) {
+        return vorbis->GoToFrame(frame) && vorbis->ReadNextFrame();
+    }
+    if (!ReadRecord(frame)) return false;
+    capture_time = SideCaptureTime();
+    return true;
+}
+
+bool AudioFilekel::GoToAudioFrame(int frame) {
+    // Kept alive: a long way lets windows answer, and one of them may close the track.
+    if (const auto vorbis = vorbis_) return vorbis->GoToFrame(frame);
+    return GoToRecord(frame);
+}
+
+bool AudioFilekel::AppendAudioFrame(ByteView frame_bytes, std::uint32_t capture_time) {
+    if (RefusedForVorbis()) return false;
+    ByteWriter writer{side_};
+    writer.WriteU32(capture_time);
+    return AppendRecord(frame_bytes, side_);
+}
+
+bool AudioFilekel::ReplaceAudioFrame(int frame, ByteView frame_bytes) {
+    if (RefusedForVorbis()) return false;
+    if (frame < 0 || frame >= FrameCount()) return false;
+    // The frame keeps the side block that it has.
+    const std::int64_t position = Position();
+    const ByteSpan side = SideBuffer();
+    if (!Seek(Index().SidePosition(static_cast<std::uint32_t>(frame))) || !ReadAll(side) ||
+        !Seek(position)) {
+        return false;
+    }
+    return ReplaceRecord(frame, frame_bytes, side);
+}
+
+bool AudioFilekel::RefusedForVorbis() const {
+    if (vorbis_ == nullptr) return false;
+    ErrorBox(kNotForVorbisText);
+    return true;
+}
+
+std::uint32_t AudioFilekel::SideCaptureTime() const {
+    ByteReader reader{SideBuffer()};
+    return reader.ReadU32();
+}
+
+int AudioFilekel::CurrentAudioFrame() const {
+    return vorbis_ != nullptr ? vorbis_->CurrentFrame() : AsInt(CurrentRecord());
+}
+
+ByteView AudioFilekel::FrameData() const {
+    return vorbis_ != nullptr ? vorbis_->FrameBuffer() : RecordBuffer();
+}
+
+const std::uint8_t* AudioFilekel::GetFrameData() const {
+    return FrameData().data();
+}
+
+int AudioFilekel::FrameCount() const {
+    return vorbis_ != nullptr ? vorbis_->FrameCount() : AsInt(RecordCount());
+}
+
+bool AudioFilekel::IsTrackOpen() const {
+    return vorbis_ != nullptr ? vorbis_->IsOpen() : OpenMode() != Mode::Closed;
+}
+
+int AudioFilekel::TrackMode() const {
+    return vorbis_ != nullptr ? static_cast<int>(Mode::ForRead) : static_cast<int>(OpenMode());
+}
+
+bool AudioFilekel::StartsInsideSample(int frame) const {
+    return header_.BytesPerSample == 2 && header_.FrameBytes % 2 == 1 && frame % 2 != 0;
+}
+
+} // namespace kelvo

@@ -1,0 +1,29 @@
+#pragma once
+// Looks into the set-up packet of a Vorbis stream before the decoder does: a packet of a few
+// hundred bytes may ask for tables of gigabytes, or send the decoder round in circles.
+
+#include "framework/base/Bytes.h"
+
+#include <cstdint>
+
+namespace kelvo::vorbis_setup {
+
+/// Entries of all codebooks together. The largest that common encoders write have some 30,000.
+inline constexpr std::uint64_t kMostEntries = 1U << 17U;
+/// Values of all codebooks together: entries x dimensions, where a codebook has values.
+inline constexpr std::uint64_t kMostValues = 1U << 20U;
+
+/// What the codebooks of a set-up packet ask for.
+struct CodebookTotals {
+    bool readable = false; ///< false: the packet ends early, or a codebook is impossible
+    std::uint64_t entries = 0;
+    std::uint64_t values = 0;
+};
+
+/// @param packet  the third packet of a stream, its 7 bytes of type and name included
+CodebookTotals CountCodebooks(ByteView packet);
+
+/// True when the tables that the packet asks for stay within the two limits above.
+bool TablesStaySmall(ByteView packet);
+
+} // namespace kelvo::vorbis_setup
