@@ -67,13 +67,13 @@ public:
     /// What `stored` of Compress must hold for records of `record_length` bytes of the type set.
     std::size_t StoredRoom(std::size_t record_length) const;
     /// The smallest power of two not below the record length; 0 unless a transform type is set.
-    int TransformSize() const { return transform_size_; }
+    std::uint32_t TransformSize() const { return transform_size_; }
 
 private:
     enum class Key : std::uint8_t { No, Forced };
 
     void Reset();
-    bool MakeWorkAreas(std::size_t length);
+    bool MakeWorkAreas();
     std::size_t CompressAs(ByteView record, ByteSpan stored, Key key);
     std::size_t Code(ByteView record, ByteSpan coded, Key key);
     std::size_t CodeFrameDifference(ByteView frame, ByteSpan coded, Key key);
@@ -88,7 +88,7 @@ private:
     int type_id_ = 0;
     bool differential_ = false;
     std::size_t length_ = 0; ///< of a record; 0 when the type needs none and none was given
-    int transform_size_ = 0;
+    std::uint32_t transform_size_ = 0;
     RecordBytes coded_;     ///< between the coder and cmprs
     RecordBytes transform_; ///< floats
     RecordBytes scratch_;   ///< samples decoded for the second pass, difference bytes

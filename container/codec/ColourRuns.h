@@ -51,8 +51,8 @@ constexpr std::size_t IndexedRunsWorstCase(std::size_t length, RunCount count) {
 /// @return bytes of `stream` written
 [[nodiscard]] std::size_t EncodeRuns(ByteView frame, ByteSpan stream, RunCount count);
 /// @param frame  from .written on left as it was
-/// @return TooLarge when runs pass the frame's end, EndsEarly when pixels are missing or the stream
-///     ends inside a token.
+/// @return EndsEarly when the stream describes fewer pixels than the frame has bytes for, TooLarge
+/// when more. Half a token at the stream's end describes nothing.
 [[nodiscard]] Decoded DecodeRuns(ByteView stream, ByteSpan frame, RunCount count);
 
 /// As EncodeRuns, through a colour index where 256 colours suffice; palette entries that no pixel
@@ -60,8 +60,18 @@ constexpr std::size_t IndexedRunsWorstCase(std::size_t length, RunCount count) {
 /// @param stream  at least IndexedRunsWorstCase bytes, or nothing is coded (0)
 [[nodiscard]] std::size_t EncodeIndexedRuns(ByteView frame, ByteSpan stream, RunCount count,
                                             ColourMap& map);
-/// As DecodeRuns. A palette that no token follows is an empty frame. BadValue: a mode byte that
-/// means nothing; it reads as Direct when 0 and as Palette otherwise.
+/// As DecodeRuns. A palette that no token follows is an empty frame. BadValue, and nothing decoded:
+/// a mode byte that means nothing.
 [[nodiscard]] Decoded DecodeIndexedRuns(ByteView stream, ByteSpan frame, RunCount count);
+
+/// The result of a decoder whose stream describes `described` bytes of `frame`.
+constexpr Decoded DecodedPixels(std::uint64_t described, ByteSpan frame) {
+    const std::uint64_t whole = frame.size();
+    const std::uint64_t written = described < whole ? described : whole / kPixelBytes * kPixelBytes;
+    const Fault fault = described < whole   ? Fault::EndsEarly
+                        : described > whole ? Fault::TooLarge
+                                            : Fault::None;
+    return {static_cast<std::size_t>(written), fault, described};
+}
 
 } // namespace kelvo::codec

@@ -58,8 +58,9 @@ constexpr std::size_t GroupDifferenceWorstCase(std::size_t length) {
 [[nodiscard]] std::size_t EncodePixelDifference(ByteView frame, ByteSpan previous, ByteSpan stream,
                                                 CodeAs kind);
 /// @param frame  holds the frame before
-/// @return `.described` counts the pixels that the stream covers, skipped ones included. EndsEarly
-///     when it covers less than the frame or ends inside a group, TooLarge when more.
+/// @return `.described` counts the bytes of all pixels that the stream covers, skipped ones
+/// included. EndsEarly when it covers less than the frame, TooLarge when more; BadValue, and
+/// nothing decoded, for a kind that means nothing.
 [[nodiscard]] Decoded DecodePixelDifference(ByteView stream, ByteSpan frame);
 
 /// Types 6 and 7 (and the first stage of 8). A key frame is a stream of indexed short runs.
