@@ -30,14 +30,17 @@ public:
     PixelBuffer& operator=(const PixelBuffer&) = delete;
 
     std::mutex& Mutex() { return mutex_; }
-    /// Only with Mutex() held; null when there is nothing (any longer) to draw on.
+    /// Only with Mutex() held; of no pixels when the size is 0 or the buffer has gone.
     QImage& Image() { return image_; }
+    /// Only with Mutex() held: whether drawing is to fail, because the window was destroyed.
+    bool Gone() const { return gone_; }
     /// Says what has been drawn; called after Mutex() was released.
     virtual void Changed(const QRect& area);
 
 protected:
     std::mutex mutex_;
-    QImage image_; ///< under mutex_
+    QImage image_;      ///< under mutex_
+    bool gone_ = false; ///< under mutex_
 };
 
 enum class Erase : bool { No, Yes };
@@ -49,7 +52,7 @@ struct PendingPaint {
     Erase erase = Erase::No;
 };
 
-class Surface final : public PixelBuffer {
+class Surface final : public PixelBuffer, public std::enable_shared_from_this<Surface> {
 public:
     /// @param own_context  of a class with CS_OWNDC: GetDC always gives the same device context
     Surface(HWND window, QSize size, OwnContext own_context);

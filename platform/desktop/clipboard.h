@@ -1,9 +1,8 @@
 #pragma once
 // The desktop's clipboard, for pictures. UI thread only.
 
+#include "platform/base/bitmaps.h"
 #include "platform/base/types.h"
-
-inline constexpr UINT CF_DIB = 8; ///< a packed bitmap: header, palette, rows
 
 /// Fails while another window of the program holds the clipboard open.
 BOOL OpenClipboard(HWND owner);
