@@ -146,17 +146,19 @@ public:
     /// @param size  of the transform: a power of two, not above the array
     void Add(ByteView codes, double scale, std::size_t size) {
         if (!IsUsable(scale)) Note(Fault::BadValue);
-        const std::span<float> array = array_.first(size);
+        // Honest blocks cover the record before their sizes add up beyond it. Of others no more are
+        // transformed, only counted, or a small stream could claim hours of work.
+        const std::span<float> array = array_.first(reach_ < length_ ? size : 0);
+        reach_ += size;
         const ReadCoefficients read = ReadCodes(codes, IsUsable(scale) ? scale : 0.0, array);
         if (read.cut) Note(Fault::EndsEarly);
         if (read.count > size) Note(Fault::BadValue);
         described_ += read.count;
-        // Honest blocks cover the record before their sizes add up beyond it. Of others no more are
-        // transformed, or a small stream could claim hours of work.
-        const bool affordable = reach_ < length_;
-        reach_ += size;
-        const std::uint64_t covered = std::min<std::uint64_t>(read.count, size);
-        if (affordable) Store(array, static_cast<std::size_t>(covered));
+        const auto covered = static_cast<std::size_t>(
+            std::min<std::uint64_t>({read.count, array.size(), rest_.size()}));
+        if (covered == 0) return;
+        StoreBlock(array, rest_.first(covered));
+        rest_ = rest_.subspan(covered);
     }
 
     Decoded Finish() const {
@@ -167,13 +169,6 @@ public:
     }
 
 private:
-    void Store(std::span<float> array, std::size_t covered) {
-        const std::size_t fitting = std::min(covered, rest_.size());
-        if (fitting == 0) return;
-        StoreBlock(array, rest_.first(fitting));
-        rest_ = rest_.subspan(fitting);
-    }
-
     ByteSpan rest_;
     std::size_t length_;
     std::span<float> array_;
