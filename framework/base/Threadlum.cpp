@@ -4,9 +4,8 @@
 #include "platform/base/handles.h"
 #include "platform/base/threads.h"
 
-#include <cstdint>
-#include <tuple>
-#include <utility>
+#include <mutex>
+#include <vector>
 
 namespace kelvo {
 namespace {
@@ -48,6 +47,15 @@ struct Threadlum::Start {
     std::shared_ptr<Run> run;
 };
 
+/// A thread that was killed before it entered does not look at its start, unless it was abandoned
+/// in the very moment of entering: so the start is not freed, but stays known.
+void Threadlum::KeepUntilExit(Start* start) {
+    static std::mutex mutex;
+    static std::vector<std::unique_ptr<Start>> kept;
+    const std::scoped_lock lock(mutex);
+    kept.emplace_back(start);
+}
+
 Threadlum::~Threadlum() {
     StopBody();
     CloseThread();
@@ -80,7 +88,7 @@ HANDLE Threadlum::StartTread() {
         ErrorBox(kStartThread);
         return nullptr;
     }
-    std::ignore = start.release(); // the thread's now
+    start_ = start.release();
     thread_ = reinterpret_cast<HANDLE>(thread);
     thread_id_ = id;
     return thread_;
@@ -88,6 +96,7 @@ HANDLE Threadlum::StartTread() {
 
 unsigned Threadlum::Entry(void* start) {
     const std::unique_ptr<Start> own(static_cast<Start*>(start));
+    own->run->entered = true;
     const DWORD exit_code = own->thread->Body();
     // The last touch: from here on the owner may destroy the object.
     own->run->finished = true;
@@ -164,6 +173,8 @@ void Threadlum::CloseEvents() {
 void Threadlum::CloseThread() {
     if (thread_ != nullptr) CloseHandle(thread_);
     thread_ = nullptr;
+    if (run_ != nullptr && !run_->entered) KeepUntilExit(start_);
+    start_ = nullptr;
     run_.reset();
 }
 

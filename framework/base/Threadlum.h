@@ -60,10 +60,12 @@ private:
     /// One start of the body. The thread keeps it alive, so that a thread which was killed, and
     /// ends late, never touches a later start.
     struct Run {
-        std::atomic<bool> finished = false; // the thread writes, the owner reads
+        std::atomic<bool> entered = false;  // the thread writes, the owner reads
+        std::atomic<bool> finished = false; // likewise
     };
     struct Start;
     static unsigned Entry(void* start);
+    static void KeepUntilExit(Start* start);
 
     bool CreateEndEvent();
     void CloseEvents();
@@ -72,6 +74,7 @@ private:
 
     // The owner's thread only.
     std::shared_ptr<Run> run_;
+    Start* start_ = nullptr;  // the thread's as soon as it has entered
     HANDLE thread_ = nullptr; // of the current start; shown as null once the body has returned
     INT_PTR user_value_ = 0;
     LPVOID security_attributes_ = nullptr;
