@@ -1,0 +1,13 @@
+#pragma once
+// The numbers of keys in key messages.
+
+#include "platform/base/types.h"
+
+class QKeyEvent;
+
+namespace kelvo::desktop {
+
+/// The VK_ value; a letter's or digit's own capital ASCII; 0 for a key that has none.
+WPARAM VirtualKey(const QKeyEvent& event);
+
+} // namespace kelvo::desktop

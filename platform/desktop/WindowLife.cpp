@@ -1,0 +1,258 @@
+// Windows from their creation to their destruction.
+
+#include "platform/base/resources.h"
+#include "platform/desktop/Icons.h"
+#include "platform/desktop/Input.h"
+#include "platform/desktop/MessageQueue.h"
+#include "platform/desktop/NextMessage.h"
+#include "platform/desktop/Surface.h"
+#include "platform/desktop/UiLoop.h"
+#include "platform/desktop/Window.h"
+#include "platform/desktop/WindowMenus.h"
+#include "platform/desktop/WindowPlacement.h"
+#include "platform/desktop/WindowTable.h"
+#include "platform/desktop/WindowTitle.h"
+#include "platform/desktop/WindowViews.h"
+#include "platform/desktop/menus.h"
+#include "platform/desktop/messages.h"
+#include "platform/desktop/windows.h"
+
+#include <QGuiApplication>
+#include <QScreen>
+#include <QWindow>
+
+#include <algorithm>
+#include <optional>
+
+using namespace kelvo::desktop;
+
+namespace {
+
+/// What CreateWindowExA was asked for, its defaults filled in.
+struct Creation {
+    std::shared_ptr<const WindowClass> window_class;
+    WindowKind kind = WindowKind::TopLevel;
+    bool placed_by_desktop = false;
+    CREATESTRUCTA asked{};
+};
+
+void FillInDefaults(Creation& creation) {
+    CREATESTRUCTA& asked = creation.asked;
+    if (creation.kind == WindowKind::TopLevel && asked.cx == CW_USEDEFAULT) {
+        const QSize screen = QGuiApplication::primaryScreen()->availableSize();
+        asked.cx = screen.width() * 3 / 4;
+        asked.cy = screen.height() * 3 / 4;
+    }
+    creation.placed_by_desktop = creation.kind == WindowKind::TopLevel && asked.x == CW_USEDEFAULT;
+    if (asked.x == CW_USEDEFAULT) asked.x = asked.y = 0;
+    if (asked.y == CW_USEDEFAULT) asked.y = 0;
+    if (asked.cx == CW_USEDEFAULT) asked.cx = 0;
+    if (asked.cy == CW_USEDEFAULT) asked.cy = 0;
+    asked.cx = std::clamp(asked.cx, 0, 8192);
+    asked.cy = std::clamp(asked.cy, 0, 8192);
+}
+
+Qt::WindowFlags FlagsFor(DWORD style, DWORD extended_style) {
+    Qt::WindowFlags flags = Qt::Window;
+    if ((style & WS_CAPTION) == WS_CAPTION) {
+        flags |= Qt::CustomizeWindowHint | Qt::WindowTitleHint;
+        if ((style & WS_SYSMENU) != 0)
+            flags |= Qt::WindowSystemMenuHint | Qt::WindowCloseButtonHint;
+        if ((style & WS_MINIMIZEBOX) != 0) flags |= Qt::WindowMinimizeButtonHint;
+        if ((style & WS_MAXIMIZEBOX) != 0) flags |= Qt::WindowMaximizeButtonHint;
+    } else {
+        flags |= Qt::FramelessWindowHint;
+    }
+    if ((extended_style & WS_EX_TOPMOST) != 0) flags |= Qt::WindowStaysOnTopHint;
+    return flags;
+}
+
+HWND AddToTable(const Creation& creation) {
+    const CREATESTRUCTA& asked = creation.asked;
+    auto data = std::make_unique<WindowData>();
+    data->kind = creation.kind;
+    data->window_class = creation.window_class;
+    data->queue = MessageQueue::OfThisThread();
+    data->parent = asked.hwndParent;
+    data->procedure = creation.window_class->values.lpfnWndProc;
+    // Shown only at the end, so no paint message comes before WM_CREATE.
+    data->style = static_cast<DWORD>(asked.style) & ~WS_VISIBLE;
+    data->extended_style = asked.dwExStyle;
+    data->rect = {asked.x, asked.y, asked.x + asked.cx, asked.y + asked.cy};
+    data->extra.resize(static_cast<std::size_t>(creation.window_class->values.cbWndExtra));
+    if (asked.lpszName != nullptr) data->text = asked.lpszName;
+    return LockedWindows().Add(std::move(data));
+}
+
+void MakeFrame(HWND window, WindowView& view, const Creation& creation) {
+    const auto style = static_cast<DWORD>(creation.asked.style);
+    view.frame = new FrameWidget(FlagsFor(style, creation.asked.dwExStyle));
+    view.client = new ClientWidget(view.surface, view.frame);
+    view.client->show(); // as soon as the frame is
+    view.frame->SetClient(view.client);
+    view.frame->setWindowIcon(IconBehind(creation.window_class->values.hIcon));
+    if (!creation.placed_by_desktop) view.frame->move(creation.asked.x, creation.asked.y);
+    view.frame->winId(); // the native window takes the topmost flag and the owner
+    if (FrameWidget* owner = FrameOf(creation.asked.hwndParent)) {
+        view.frame->windowHandle()->setTransientParent(owner->windowHandle());
+    }
+    WatchWidget(view.frame, window);
+}
+
+void MakeWidgets(HWND window, const Creation& creation) {
+    SIZE size{};
+    {
+        LockedWindows windows;
+        size = windows.Find(window)->ClientSize();
+    }
+    const bool own_context = (creation.window_class->values.style & CS_OWNDC) != 0;
+    WindowView view;
+    view.surface = std::make_shared<Surface>(window, QSize(size.cx, size.cy),
+                                             own_context ? OwnContext::Yes : OwnContext::No);
+    RegisterSurface(view.surface);
+    if (creation.kind == WindowKind::TopLevel) {
+        MakeFrame(window, view, creation);
+    } else {
+        view.client = new ClientWidget(view.surface, WidgetOf(creation.asked.hwndParent));
+        view.client->SetStaticEdge((creation.asked.dwExStyle & WS_EX_STATICEDGE) != 0);
+        view.client->raise();
+    }
+    view.client->setCursor(CursorBehind(creation.window_class->values.hCursor));
+    view.surface->Attach(view.client);
+    view.surface->Invalidate(nullptr, Erase::Yes);
+    WatchWidget(view.client, window);
+    AddView(window, std::move(view));
+}
+
+void AttachMenu(HWND window, const Creation& creation) {
+    if (creation.kind == WindowKind::Child) return;
+    HMENU menu = creation.asked.hMenu;
+    const WNDCLASSA& values = creation.window_class->values;
+    if (menu == nullptr && values.lpszMenuName != nullptr) {
+        menu = ::LoadMenuA(values.hInstance, values.lpszMenuName);
+    }
+    if (menu != nullptr) ::SetMenu(window, menu);
+}
+
+/// @return whether the window's procedure wants it to live.
+bool Announce(HWND window, Creation& creation) {
+    const auto asked = reinterpret_cast<LPARAM>(&creation.asked);
+    if (CallWindow(window, WM_NCCREATE, 0, asked) == 0) return false;
+    ApplyTitle(window);
+    return CallWindow(window, WM_CREATE, 0, asked) != -1;
+}
+
+std::optional<Creation> Prepare(LPCSTR class_name, DWORD style, HWND parent) {
+    Creation creation;
+    LockedWindows windows;
+    creation.window_class = IS_INTRESOURCE(class_name) ? nullptr : windows.FindClass(class_name);
+    if (!creation.window_class) return std::nullopt;
+    const WindowData* above = windows.Find(parent);
+    if (parent != nullptr && (above == nullptr || above->dying)) return std::nullopt;
+    if ((style & WS_CHILD) != 0) {
+        creation.kind = WindowKind::Child;
+        if (above == nullptr || above->kind == WindowKind::Desktop) return std::nullopt;
+    }
+    return creation;
+}
+
+/// The window and all below it, each before its children.
+void CollectBelow(HWND window, std::vector<HWND>& all) {
+    all.push_back(window);
+    std::vector<HWND> children;
+    {
+        LockedWindows windows;
+        if (WindowData* data = windows.Find(window)) {
+            data->dying = true;
+            children = data->children;
+        }
+    }
+    for (const HWND child : children)
+        CollectBelow(child, all);
+}
+
+void Bury(HWND window) {
+    CallWindow(window, WM_NCDESTROY, 0, 0);
+    if (const WindowView* view = ViewOf(window); view != nullptr && view->menu != nullptr) {
+        ::DestroyMenu(view->menu);
+    }
+    ForgetInput(window);
+    UnregisterSurface(window);
+    RemoveView(window);
+    LockedWindows().Remove(window);
+    MessageQueue::OfThisThread()->Forget(window);
+}
+
+} // namespace
+
+HWND CreateWindowExA(DWORD extended_style, LPCSTR class_name, LPCSTR title, DWORD style, int x,
+                     int y, int width, int height, HWND parent, HMENU menu, HINSTANCE instance,
+                     LPVOID parameter) {
+    if (!OnUiThread()) return nullptr;
+    auto creation = Prepare(class_name, style, parent);
+    if (!creation) return nullptr;
+    if ((style & (WS_CHILD | WS_POPUP)) == 0) style |= WS_CAPTION;
+    creation->asked = {
+        parameter, instance,   menu,          parent, height, width, y, x, static_cast<LONG>(style),
+        title,     class_name, extended_style};
+    FillInDefaults(*creation);
+    const HWND window = AddToTable(*creation);
+    MakeWidgets(window, *creation);
+    AttachMenu(window, *creation);
+    PlaceWidgets(window);
+    if (!Announce(window, *creation)) {
+        if (::IsWindow(window) != FALSE) ::DestroyWindow(window);
+        return nullptr;
+    }
+    SendSize(window);
+    SendMove(window);
+    if ((style & WS_VISIBLE) != 0) ::ShowWindow(window, SW_SHOWNORMAL);
+    return ::IsWindow(window) != FALSE ? window : nullptr;
+}
+
+BOOL DestroyWindow(HWND window) {
+    {
+        LockedWindows windows;
+        const WindowData* data = windows.Find(window);
+        if (data == nullptr || data->kind == WindowKind::Desktop || data->dying) return FALSE;
+        if (data->queue != MessageQueue::OfThisThreadIfAny()) return FALSE;
+    }
+    std::vector<HWND> all;
+    CollectBelow(window, all);
+    ::ShowWindow(window, SW_HIDE);
+    for (const HWND each : all)
+        CallWindow(each, WM_DESTROY, 0, 0);
+    for (auto each = all.rbegin(); each != all.rend(); ++each)
+        Bury(*each);
+    return TRUE;
+}
+
+BOOL ShowWindow(HWND window, int command) {
+    const bool show = command != SW_HIDE;
+    const auto call = [=]() -> LRESULT {
+        bool was_visible = false;
+        {
+            LockedWindows windows;
+            WindowData* data = windows.Find(window);
+            if (data == nullptr || data->kind == WindowKind::Desktop) return FALSE;
+            was_visible = (data->style & WS_VISIBLE) != 0;
+        }
+        if (show == was_visible) return was_visible;
+        CallWindow(window, WM_SHOWWINDOW, show ? 1 : 0, 0);
+        const WindowView* view = ViewOf(window);
+        if (view == nullptr) return was_visible; // the message destroyed it
+        {
+            LockedWindows windows;
+            DWORD& style = windows.Find(window)->style;
+            style = show ? style | WS_VISIBLE : style & ~WS_VISIBLE;
+        }
+        if (show) view->surface->Invalidate(nullptr, Erase::Yes);
+        QWidget* const outermost =
+            view->frame ? static_cast<QWidget*>(view->frame.data()) : view->client.data();
+        outermost->setVisible(show);
+        if (view->frame) OnFrameMoved(window);
+        WakeUiThread();
+        return was_visible;
+    };
+    return static_cast<BOOL>(RunOnUiThread(call));
+}
