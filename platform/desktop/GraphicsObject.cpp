@@ -155,8 +155,10 @@ HGDIOBJ GetStockObject(int index) {
 BOOL DeleteObject(HGDIOBJ object) {
     const std::lock_guard lock(SelectionMutex());
     const auto item = Items().Find(object);
-    if (!item || item->selections > 0) return FALSE;
-    if (item->stock == Stock::No) Items().Remove(object);
+    if (!item) return FALSE;
+    if (item->stock == Stock::Yes) return TRUE;
+    if (item->selections > 0) return FALSE;
+    Items().Remove(object);
     return TRUE;
 }
 

@@ -68,9 +68,6 @@ public:
             widest = std::max(widest, line.cursorToX(units));
             widths_.push_back(widest * font_.stretch);
         }
-        if (!widths_.empty()) {
-            widths_.back() = std::max(widths_.back(), line.naturalTextWidth() * font_.stretch);
-        }
     }
 
     const QString& Text() const { return decoded_.text; }
