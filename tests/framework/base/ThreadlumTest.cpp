@@ -2,6 +2,7 @@
 #include "framework/base/BKOperation.h"
 
 #include "platform/base/events.h"
+#include "platform/base/handles.h"
 #include "platform/base/message_boxes.h"
 #include "platform/base/threads.h"
 
@@ -77,6 +78,10 @@ TEST(Thread, RunsItsBodyUntilItIsAskedToStop) {
     EXPECT_TRUE(GetExitCodeThread(handle, &exit_code));
     EXPECT_EQ(exit_code, 17U);
     EXPECT_THAT(boxes.Texts(), IsEmpty());
+
+    EXPECT_FALSE(counter.Kill(0)); // it has ended: its handle is gone
+    EXPECT_THAT(boxes.Texts(),
+                ElementsAre("Threadlum::Kill() - GetExitCodeThread() non ha funzionato!"));
 
     EXPECT_NE(counter.StartTread(), nullptr); // with a fresh event
     EXPECT_TRUE(counter.CountsOn());
@@ -167,7 +172,7 @@ TEST(Thread, ReportsAStartThatTheSystemRefuses) {
                                            "Threadlum::StartTread() - ::CreateThread() Fallito"));
 }
 
-/// Runs on members that its own destructor leaves alone: the base's has to stop it.
+/// What the operations of these tests do.
 struct Work {
     std::atomic<bool> begun = false;
     std::atomic<bool> ended = false;
@@ -214,6 +219,46 @@ TEST(BackgroundOperation, NeverOutlivesItsObject) {
     DWORD exit_code = 0;
     EXPECT_FALSE(GetExitCodeThread(handle, &exit_code)); // closed
     EXPECT_THAT(boxes.Texts(), IsEmpty());
+}
+
+/// Waits on an event of the test; once it has begun it does not look at its object.
+class Waiter : public Threadlum {
+public:
+    Waiter(HANDLE go_on, Work& work) : go_on_(go_on), work_(work) {}
+    DWORD Body() override {
+        const HANDLE go_on = go_on_;
+        Work& work = work_;
+        work.begun = true;
+        WaitForSingleObject(go_on, INFINITE);
+        work.ended = true;
+        return 0;
+    }
+
+private:
+    HANDLE go_on_;
+    Work& work_;
+};
+
+TEST(Thread, ReportsSystemCallsThatFail) {
+    const MessageBoxRecorder boxes;
+    Work work;
+    const HANDLE go_on = CreateEventA(nullptr, FALSE, FALSE, nullptr);
+    {
+        Waiter waiter(go_on, work);
+        const HANDLE handle = waiter.StartTread();
+        ASSERT_NE(handle, nullptr);
+        ASSERT_TRUE(Eventually([&work] { return work.begun.load(); }));
+        while (SuspendThread(handle) != static_cast<DWORD>(-1)) {}
+        EXPECT_FALSE(waiter.Sospendi());
+        while (ResumeThread(handle) > 1) {}
+        EXPECT_TRUE(CloseHandle(handle)); // behind its back
+    }
+    EXPECT_THAT(boxes.Texts(),
+                ElementsAre("Threadlum::Sospendi() - SuspendThread() non ha funzionato!",
+                            "Threadlum::~Threadlum() - GetExitCodeThread() non ha funzionato!"));
+    EXPECT_TRUE(SetEvent(go_on));
+    EXPECT_TRUE(Eventually([&work] { return work.ended.load(); }));
+    EXPECT_TRUE(CloseHandle(go_on));
 }
 
 /// A thread object without a destructor of its own that would stop the body.
