@@ -1,5 +1,7 @@
 #include "framework/base/CString.h"
 
+#include "framework/base/ByteReader.h"
+#include "framework/base/ByteWriter.h"
 #include "framework/base/CArray.h"
 #include "framework/base/MemCheck.h"
 #include "framework/base/Stream.h"
@@ -68,8 +70,7 @@ bool CString::Load(Stream& stream) {
     std::uint8_t prefix[4];
     const std::int64_t start = stream.Position();
     if (stream.Read(prefix, sizeof prefix) - start != sizeof prefix) return false;
-    const std::uint32_t length = static_cast<std::uint32_t>(prefix[0]) | prefix[1] << 8U |
-                                 prefix[2] << 16U | static_cast<std::uint32_t>(prefix[3]) << 24U;
+    const std::uint32_t length = ByteReader(prefix).ReadU32();
     if (length == 0) return true;
     if (length > static_cast<std::uint32_t>(kMaxLength) || length > stream.Remaining())
         return false;
@@ -86,9 +87,8 @@ bool CString::Load(Stream& stream) {
 
 bool CString::Save(Stream& stream) const {
     const auto length = static_cast<std::uint32_t>(length_);
-    const std::uint8_t prefix[4] = {
-        static_cast<std::uint8_t>(length), static_cast<std::uint8_t>(length >> 8U),
-        static_cast<std::uint8_t>(length >> 16U), static_cast<std::uint8_t>(length >> 24U)};
+    std::uint8_t prefix[4];
+    ByteWriter(prefix).WriteU32(length);
     const std::int64_t start = stream.Position();
     if (stream.Write(prefix, sizeof prefix) - start != sizeof prefix) return false;
     return length == 0 || stream.Write(data_, length) - start - 4 == length;

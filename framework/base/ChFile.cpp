@@ -1,5 +1,7 @@
 #include "framework/base/ChFile.h"
 
+#include "framework/base/ByteReader.h"
+#include "framework/base/ByteWriter.h"
 #include "platform/base/files.h"
 
 #include <algorithm>
@@ -20,18 +22,6 @@ constexpr int kNormalAttributes = 0;
 
 /// Values converted at a time where memory and file differ in byte order.
 constexpr std::size_t kSwapBlock = 256;
-
-std::uint32_t FromLittleEndian(const std::uint8_t* bytes) {
-    return static_cast<std::uint32_t>(bytes[0]) | static_cast<std::uint32_t>(bytes[1]) << 8U |
-           static_cast<std::uint32_t>(bytes[2]) << 16U |
-           static_cast<std::uint32_t>(bytes[3]) << 24U;
-}
-
-void ToLittleEndian(std::uint32_t value, std::uint8_t* bytes) {
-    for (unsigned i = 0; i < 4; ++i) {
-        bytes[i] = static_cast<std::uint8_t>(value >> (8U * i));
-    }
-}
 
 } // namespace
 
@@ -224,13 +214,13 @@ bool ChFile::WriteAll(ByteView bytes) {
 bool ChFile::ReadU32(std::uint32_t& value) {
     std::uint8_t bytes[4];
     if (!ReadAll(bytes)) return false;
-    value = FromLittleEndian(bytes);
+    value = ByteReader(bytes).ReadU32();
     return true;
 }
 
 bool ChFile::WriteU32(std::uint32_t value) {
     std::uint8_t bytes[4];
-    ToLittleEndian(value, bytes);
+    ByteWriter(bytes).WriteU32(value);
     return WriteAll(bytes);
 }
 
@@ -239,7 +229,8 @@ bool ChFile::ReadU32Array(std::span<std::uint32_t> values) {
     if (!ReadAll(bytes)) return false;
     if constexpr (std::endian::native != std::endian::little) {
         for (std::uint32_t& value : values) {
-            value = FromLittleEndian(reinterpret_cast<const std::uint8_t*>(&value));
+            const auto* stored = reinterpret_cast<const std::uint8_t*>(&value);
+            value = ByteReader({stored, sizeof value}).ReadU32();
         }
     }
     return true;
@@ -253,10 +244,11 @@ bool ChFile::WriteU32Array(std::span<const std::uint32_t> values) {
     std::uint8_t block[kSwapBlock * 4];
     while (!values.empty()) {
         const std::size_t count = std::min(values.size(), kSwapBlock);
-        for (std::size_t i = 0; i < count; ++i) {
-            ToLittleEndian(values[i], block + 4 * i);
+        ByteWriter writer(block);
+        for (const std::uint32_t value : values.first(count)) {
+            writer.WriteU32(value);
         }
-        if (!WriteAll({block, 4 * count})) return false;
+        if (!WriteAll(writer.Written())) return false;
         values = values.subspan(count);
     }
     return true;
