@@ -107,8 +107,8 @@ int Mapping::Y(int y) const {
 }
 
 QRect MappedRect(const Mapping& mapping, int left, int top, int right, int bottom) {
-    const auto [x1, x2] = std::minmax(mapping.X(left), mapping.X(right));
-    const auto [y1, y2] = std::minmax(mapping.Y(top), mapping.Y(bottom));
+    const auto [x1, x2] = std::minmax({mapping.X(left), mapping.X(right)});
+    const auto [y1, y2] = std::minmax({mapping.Y(top), mapping.Y(bottom)});
     return {x1, y1, x2 - x1, y2 - y1};
 }
 

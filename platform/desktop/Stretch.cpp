@@ -71,7 +71,7 @@ class RowPainter {
 public:
     RowPainter(const DibView& source, const Axis& axis, int first, int last)
         : source_(source), count_(last - first + 1) {
-        const auto [low, high] = std::minmax(axis.SourceOf(first), axis.SourceOf(last));
+        const auto [low, high] = std::minmax({axis.SourceOf(first), axis.SourceOf(last)});
         source_first_ = static_cast<int>(low);
         source_count_ = static_cast<int>(high - low + 1);
         if (axis.source_length == axis.target_length && !axis.mirrored) return;
