@@ -78,6 +78,8 @@ private:
 };
 
 constexpr std::size_t kGroupStream = 1 + kLzssItemsPerGroup * kLzssMatchBytes;
+/// What decoding one group reads, the wide loads of literals included.
+constexpr std::size_t kGroupRead = kGroupStream + kLzssItemsPerGroup;
 constexpr std::size_t kGroupOutput = kLzssItemsPerGroup * kLzssLongestMatch;
 /// A wide copy writes up to this much behind a match.
 constexpr std::size_t kCopySlack = kLzssLongestMatch - kLzssShortestMatch;
@@ -99,11 +101,12 @@ struct Decoding {
 };
 
 struct Item {
-    std::size_t distance;
+    std::size_t distance; ///< 1 to kLzssRing
     std::size_t length;
 };
 
-Item MatchAt(const std::uint8_t* in, std::uint64_t at) {
+/// @param at  output bytes before the match; their number modulo the ring is what counts
+inline Item MatchAt(const std::uint8_t* in, std::uint64_t at) {
     const std::uint64_t position = in[0] | ((in[1] & 0xF0U) << 4U);
     return {((at + kLzssFirstPosition - position - 1) % kLzssRing) + 1,
             (in[1] & 0x0FU) + kLzssShortestMatch};
@@ -172,13 +175,14 @@ inline void CopyLongestMatch(std::uint8_t* to, std::size_t distance) {
     }
 }
 
-/// Whole groups with no check inside them, as long as stream and room suffice for any group.
-void DecodeFastGroups(Decoding& d) {
+/// Whole groups with no check inside them, as long as the room suffices for any group.
+/// @param stream_kept  at least kGroupRead; kGroupRead + kStreamThatCovers where what a wide copy
+///     writes behind the last match must not be seen
+void DecodeFastGroups(Decoding& d, std::size_t stream_kept) {
     const std::uint8_t* in = d.in;
     std::uint8_t* out = d.out + d.at;
     const std::uint8_t* const out_end = d.out + d.room;
-    const std::uintptr_t first = reinterpret_cast<std::uintptr_t>(d.out) - kLzssFirstPosition + 1;
-    while (d.in_end - in >= static_cast<std::ptrdiff_t>(kGroupStream + kStreamThatCovers) &&
+    while (d.in_end - in >= static_cast<std::ptrdiff_t>(stream_kept) &&
            out_end - out >= static_cast<std::ptrdiff_t>(kGroupOutput + kCopySlack)) {
         const unsigned flags = *in++;
         if (flags == 0xFF) {
@@ -187,20 +191,25 @@ void DecodeFastGroups(Decoding& d) {
             out += kLzssItemsPerGroup;
             continue;
         }
-#pragma GCC unroll 8
-        for (unsigned bit = 0; bit < kLzssItemsPerGroup; ++bit) {
-            if ((flags >> bit & 1U) != 0) {
-                *out++ = *in++;
-                continue;
-            }
-            const unsigned position = in[0] | ((in[1] & 0xF0U) << 4U);
-            const unsigned length = (in[1] & 0x0FU) + kLzssShortestMatch;
+        // A match and the literals before it at a time: a branch for every flag would be a coin
+        // toss.
+        unsigned matches = ~flags & 0xFFU;
+        std::size_t literals = kLzssItemsPerGroup;
+        while (matches != 0) {
+            const unsigned run = static_cast<unsigned>(__builtin_ctz(matches));
+            matches >>= run + 1;
+            literals -= run + 1;
+            std::memcpy(out, in, kLzssItemsPerGroup);
+            in += run;
+            out += run;
+            const Item item = MatchAt(in, static_cast<std::uint64_t>(out - d.out));
             in += kLzssMatchBytes;
-            const std::size_t distance =
-                ((reinterpret_cast<std::uintptr_t>(out) - first - position) % kLzssRing) + 1;
-            CopyLongestMatch(out, distance);
-            out += length;
+            CopyLongestMatch(out, item.distance);
+            out += item.length;
         }
+        std::memcpy(out, in, kLzssItemsPerGroup);
+        in += literals;
+        out += literals;
     }
     d.in = in;
     d.at = static_cast<std::uint64_t>(out - d.out);
@@ -243,7 +252,7 @@ Decoded DecodeLzss(ByteView stream, ByteSpan output) {
                .out = start.data() + kLzssRing,
                .at = 0,
                .room = kLzssRing + kGroupOutput + kCopySlack};
-    DecodeFastGroups(d);
+    DecodeFastGroups(d, kGroupRead);
     while (d.HasInput() && d.at < kLzssRing) {
         DecodeGroup(d);
     }
@@ -252,7 +261,7 @@ Decoded DecodeLzss(ByteView stream, ByteSpan output) {
     }
     d.out = output.data();
     d.room = output.size();
-    if (d.at < d.room) DecodeFastGroups(d);
+    if (d.at < d.room) DecodeFastGroups(d, kGroupRead + kStreamThatCovers);
     while (d.HasInput()) {
         DecodeGroup(d);
     }

@@ -9,20 +9,22 @@ namespace kelvo::codec {
 
 namespace {
 
-/// Bytes 1 to 16 of a string as one number that compares as the bytes do.
-__extension__ using Wide = unsigned __int128;
+/// Bytes 1 to 16 of a string; byte 0 chose the tree, byte 17 is looked at when these are equal.
+struct Bytes16 {
+    std::uint64_t first;
+    std::uint64_t second;
+};
 
-Wide LoadWide(const std::uint8_t* from) {
-    return (static_cast<Wide>(LoadBigWord(from)) << 64U) | LoadBigWord(from + 8);
+Bytes16 Load16(const std::uint8_t* from) {
+    return {LoadLittleWord(from), LoadLittleWord(from + 8)};
 }
 
-/// Equal leading bytes of two numbers whose difference, as xor, is given; not for 0.
-std::uint32_t EqualBytes(Wide difference) {
-    const auto high = static_cast<std::uint64_t>(difference >> 64U);
-    const auto low = static_cast<std::uint64_t>(difference);
-    const std::uint64_t word = high != 0 ? high : low;
-    const std::uint32_t before = high != 0 ? 0 : 8;
-    return before + static_cast<std::uint32_t>(__builtin_clzll(word)) / 8;
+__extension__ using Wide = unsigned __int128;
+
+/// A number that compares as the bytes do.
+Wide InOrder(Bytes16 bytes) {
+    return (static_cast<Wide>(__builtin_bswap64(bytes.first)) << 64U) |
+           __builtin_bswap64(bytes.second);
 }
 
 } // namespace
@@ -33,9 +35,9 @@ std::size_t LzssTree::Encode(ByteView input, std::uint8_t* stream) {
     std::size_t place = kLzssFirstPosition; // of the string that is coded next
     const std::size_t end = place + input.size();
     for (std::size_t back = 1; back <= kLzssLongestMatch; ++back) {
-        Insert(static_cast<std::uint32_t>(place - back));
+        Insert<Find::No>(static_cast<std::uint32_t>(place - back));
     }
-    LzssMatch match = Insert(static_cast<std::uint32_t>(place));
+    LzssMatch match = Insert<Find::Longest>(static_cast<std::uint32_t>(place));
     while (place < end) {
         std::size_t coded = std::min<std::size_t>(match.length, end - place);
         if (coded < kLzssShortestMatch) {
@@ -51,7 +53,11 @@ std::size_t LzssTree::Encode(ByteView input, std::uint8_t* stream) {
             }
             if (++place == end) break;
             if (place + kLzssLongestMatch > filled_) FillText();
-            match = Insert(static_cast<std::uint32_t>(place % kNodes));
+            if (coded == 1) {
+                match = Insert<Find::Longest>(static_cast<std::uint32_t>(place % kNodes));
+            } else {
+                Insert<Find::No>(static_cast<std::uint32_t>(place % kNodes));
+            }
         }
     }
     return items.Finish();
@@ -79,40 +85,50 @@ void LzssTree::FillText() {
     filled_ += step;
 }
 
+template <LzssTree::Find kFind>
 LzssMatch LzssTree::Insert(std::uint32_t node) {
     const std::uint8_t* const key = text_.data() + node;
-    const Wide key_bytes = LoadWide(key + 1);
+    const Bytes16 key_bytes = Load16(key + 1);
+    const Wide key_order = InOrder(key_bytes);
     std::uint32_t slot = kFirstRoot + key[0];
-    std::uint32_t best_node = 0;
-    std::uint32_t best_length = 0;
-    for (;;) {
-        const std::uint32_t other = child_[slot];
-        if (other == kNil) break;
+    std::uint32_t other = child_[slot];
+    std::uint32_t best = 0; // length above, node below
+    while (other != kNil) {
         const std::uint8_t* const text = text_.data() + other;
-        const Wide other_bytes = LoadWide(text + 1);
-        const Wide difference = key_bytes ^ other_bytes;
+        const std::uint32_t left_child = child_[2 * other];
+        const std::uint32_t child_bits = left_child ^ child_[2 * other + 1];
+        const Bytes16 other_bytes = Load16(text + 1);
+        const std::uint64_t first = key_bytes.first ^ other_bytes.first;
+        const std::uint64_t second = key_bytes.second ^ other_bytes.second;
         std::uint32_t length = kLzssLongestMatch - 1;
-        std::uint32_t right = 0;
-        if (difference == 0) [[unlikely]] {
+        std::uint32_t right = 0; // all bits or none
+        if ((first | second) == 0) [[unlikely]] {
             if (key[length] == text[length]) {
                 Replace(other, node);
                 return {static_cast<std::uint32_t>(other % kLzssRing), kLzssLongestMatch};
             }
-            right = key[length] > text[length] ? 1 : 0;
+            right = key[length] > text[length] ? ~0U : 0;
         } else {
-            length = 1 + EqualBytes(difference);
-            right = key_bytes > other_bytes ? 1 : 0;
+            if constexpr (kFind == Find::Longest) {
+                const std::uint64_t differing = first != 0 ? first : second;
+                const std::uint32_t before = first != 0 ? 1 : 9;
+                length = before + static_cast<std::uint32_t>(__builtin_ctzll(differing)) / 8;
+            }
+            right = 0U - static_cast<std::uint32_t>(key_order > InOrder(other_bytes));
         }
-        // The first of equals stays. No branch: both ways are as likely.
-        best_node = length > best_length ? other : best_node;
-        best_length = std::max(length, best_length);
-        slot = 2 * other + right;
+        // No branch in either choice: both ways are as likely. The first of equal lengths stays.
+        if constexpr (kFind == Find::Longest) {
+            const std::uint32_t longer = 0U - static_cast<std::uint32_t>(length > best >> 16U);
+            best ^= (best ^ (length << 16U | other)) & longer;
+        }
+        slot = 2 * other - right;
+        other = left_child ^ (right & child_bits);
     }
     child_[slot] = static_cast<std::uint16_t>(node);
     parent_[node] = static_cast<std::uint16_t>(slot);
     child_[2 * node] = static_cast<std::uint16_t>(kNil);
     child_[2 * node + 1] = static_cast<std::uint16_t>(kNil);
-    return {static_cast<std::uint32_t>(best_node % kLzssRing), best_length};
+    return {static_cast<std::uint32_t>(best % kLzssRing), best >> 16U};
 }
 
 void LzssTree::Replace(std::uint32_t old_node, std::uint32_t new_node) {
@@ -134,10 +150,8 @@ void LzssTree::Delete(std::uint32_t node) {
     const std::uint16_t left = child_[2 * node];
     const std::uint16_t right = child_[2 * node + 1];
     std::uint16_t heir = left;
-    if (right == kNil) {
-        heir = left;
-    } else if (left == kNil) {
-        heir = right;
+    if (left == kNil || right == kNil) {
+        heir = static_cast<std::uint16_t>(left ^ right ^ kNil);
     } else {
         if (child_[2 * heir + 1] != kNil) {
             do {

@@ -40,6 +40,8 @@ private:
 
     void Begin(ByteView input);
     void FillText();
+    enum class Find : std::uint8_t { No, Longest };
+    template <Find kFind>
     LzssMatch Insert(std::uint32_t node);
     void Delete(std::uint32_t node);
     void Replace(std::uint32_t old_node, std::uint32_t new_node);
