@@ -35,8 +35,6 @@ public:
 
     /// A record from the present end on. @return false when there is no memory; nothing changed
     [[nodiscard]] bool Append(std::uint32_t side_position, std::uint32_t end);
-    /// Takes the last record back; the end of the records becomes its offset.
-    void RemoveLast();
     /// Record `record` now lies behind the last one.
     void MoveToEnd(std::uint32_t record, std::uint32_t side_position, std::uint32_t end);
     /// The last record becomes number `record`; the ones from there on move up.

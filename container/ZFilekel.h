@@ -16,7 +16,9 @@
 #include "framework/base/Result.h"
 
 #include <cstdint>
+#include <functional>
 #include <optional>
+#include <string>
 
 namespace kelvo {
 
@@ -30,7 +32,7 @@ struct RewriteParameters {
     std::uint32_t creator_value = 0;
     /// user_header_size bytes; may be empty: the new user header is then zeros. Used only together
     /// with a new size.
-    ByteView user_header;
+    ByteView user_header{};
 };
 
 class ZFilekel : public Compressionekel, public ChFile {
@@ -134,6 +136,9 @@ public:
     /// The user header as read, or as last written.
     ByteSpan UserHeader() { return user_header_.Span(); }
     ByteView UserHeader() const { return user_header_.View(); }
+    /// True when the last record read was not all there, or did not decode to its length; what
+    /// could be decoded stands in RecordBuffer() over what was there before.
+    bool RecordIsDamaged() const { return record_is_damaged_; }
     /// Where a record lies, from the start of the file (not of the window).
     /// @param record  at most RecordCount(), which is the end of the records
     std::uint64_t RecordFileOffset(std::uint32_t record) const;
@@ -150,54 +155,87 @@ private:
         AVDirectory directory;
         char selector = 'A';
     };
-    /// Where one record lies and how much of it is stored.
+    /// One record as the file has it, in the frame buffer.
     struct StoredRecord {
+        std::uint64_t file_offset = 0;
         std::uint32_t stored_length = 0; ///< as the record says
-        std::size_t available = 0;       ///< of these, bytes that are in the compressed buffer
-        Error error;
+        std::size_t available = 0;       ///< bytes of the payload that are in CompressedBuffer
+        bool side_available = false;
+        bool as_indexed = false; ///< whole, and where and as long as the index says
     };
 
     // Opening (ContainerOpening.cpp)
-    bool OpenHandle(const CString& name, Mode mode, char selector);
-    bool EnterFilm(char selector);
-    bool ReadHeaderAndIndex(Mode mode);
-    bool ReadIndex();
-    bool RecordLengthIsPlausible(std::uint64_t size) const;
+    bool OpenHandle(const CString& name, Mode mode);
+    bool EnterWindow(Mode mode, char selector);
+    bool ReadHeader();
+    bool ReadIndex(Mode mode);
+    bool CheckRecordLength(std::uint64_t largest_stored);
+    std::uint64_t LargestStoredLength() const;
+    bool CheckIndexForEditing();
     bool AllocateBuffers();
-    bool AskForRecompression();
-    bool RecompressForEditing(const CString& name);
+    bool FinishOpening(Mode mode);
+    bool RecompressForEditing();
+
+    // Making the index anew in mode 5 (ContainerIndexRebuild.cpp)
     bool RebuildIndexInPlace();
-    std::uint64_t ContainerSize();
+    bool ScanRecords();
+    bool ScanRecord();
+    bool WriteRebuiltFile();
 
     // Reading (ContainerReading.cpp)
     bool ReadHere();
-    StoredRecord ReadStored(bool keep_in_buffer);
+    bool ReadStored(StoredRecord& stored);
+    bool ReadStoredAsIndexed(StoredRecord& stored);
+    bool ReadStoredAsItSays(StoredRecord& stored);
     bool DecodeStored(const StoredRecord& stored);
-    bool ReadChain(std::uint32_t first, std::uint32_t count);
+    void TakeSideBlock(const StoredRecord& stored);
+    bool FollowIndexAfter(const StoredRecord& stored);
+    bool ReadRun(std::uint32_t first, std::uint32_t count);
+    bool SeekToRecord(std::uint32_t record);
+    std::uint64_t FileOffset() const;
 
     // Writing and closing (ZFilekel.cpp, ContainerEditing.cpp)
-    bool PrepareToOverwriteIndex();
-    bool WriteRecordAt(std::uint32_t offset, ByteView frame);
+    bool CanAppend(ByteView payload, ByteView side);
+    bool WriteFrame(ByteView frame);
+    bool SaveUndo();
     bool CheckEditing(int record);
-    bool CommitHeaderAndIndex();
+    bool WriteIndexAndHeader();
+    bool ReplaceIndexAndHeader();
+    bool RestoreOpening();
     bool CloseClean();
     bool CloseModified();
+    bool Shut(bool result);
     void Reset();
 
     // Rewriting (ContainerRewriting.cpp)
-    bool BeginRewrite(RewriteTarget& target, const RewriteParameters& parameters);
-    bool CopyRecordsTo(RewriteTarget& target, ProgressOwner* owner, bool sequential);
+    /// Who is told how far a rewrite is; false stops it.
+    struct RewriteProgress {
+        std::function<bool()> begin;
+        std::function<bool(std::uint32_t record)> step;
+    };
+    static RewriteProgress ProgressOf(ProgressOwner* owner, std::uint32_t record_count,
+                                      const RewriteTarget& target);
+    Error WriteRewritten(RewriteTarget& target, const RewriteParameters& parameters,
+                         const RewriteProgress& progress);
+    Error WriteRewrittenTrack(RewriteTarget& target, const ContainerHeader& header,
+                              ByteView user_header, const RewriteProgress& progress);
+    Error WriteRewrittenFilm(RewriteTarget& target, const ContainerHeader& header,
+                             ByteView user_header, const RewriteProgress& progress);
+    bool FailRewrite(RewriteTarget& target, const Error& error);
+    bool PutInPlace(RewriteTarget& target, const std::string& name);
 
-    bool Fail(Fault fault, std::uint64_t offset);
+    bool Fail(Fault fault, std::uint64_t offset = 0);
     bool Fail(const Error& error) { return Fail(error.fault, error.offset); }
 
     // Fixed while a file is open, but for the counts of header_ and index_, which grow.
     Mode mode_ = Mode::Closed;
+    std::string system_name_; ///< of the file, as the file system spells it
     ContainerHeader header_;
     ContainerHeader header_on_disk_;
     std::optional<FilmTrack> film_;
     RecordIndex index_;
     RecordIndex opening_index_; ///< only where edits can be undone
+    std::int64_t opening_length_ = 0;
 
     // One buffer each for everything that is read or written.
     RecordBytes record_buffer_;
@@ -206,6 +244,7 @@ private:
     RecordBytes frame_buffer_; ///< stored length, CompressedBuffer, side block: as in the file
 
     std::uint32_t current_record_ = 0;
+    bool record_is_damaged_ = false;
     bool modified_ = false;
     UndoFile undo_;
     Error last_error_;

@@ -12,6 +12,7 @@
 #include <array>
 #include <cassert>
 #include <cerrno>
+#include <tuple>
 #include <utility>
 
 namespace kelvo::platform {
@@ -40,10 +41,6 @@ int OpenFile(const std::string& name, int flags, mode_t mode = 0) {
     return Repeated([&] { return CurrentFileCalls().open(name.c_str(), flags, mode); });
 }
 
-bool SyncHandle(int file) {
-    return Repeated([&] { return CurrentFileCalls().fsync(file); }) == 0;
-}
-
 bool Truncate(int file, std::uint64_t size) {
     return Repeated([&] { return CurrentFileCalls().ftruncate(file, static_cast<off_t>(size)); }) ==
            0;
@@ -54,8 +51,8 @@ bool SameFile(const struct stat& a, const struct stat& b) {
 }
 
 bool NameMeans(const std::string& name, int file) {
-    struct stat by_name {};
-    struct stat by_handle {};
+    struct stat by_name{};
+    struct stat by_handle{};
     return CurrentFileCalls().lstat(name.c_str(), &by_name) == 0 &&
            CurrentFileCalls().fstat(file, &by_handle) == 0 && SameFile(by_name, by_handle);
 }
@@ -73,6 +70,10 @@ bool TryLock(int file) {
     return result == 0 || errno != EWOULDBLOCK;
 }
 
+bool SyncFile(int file) {
+    return Repeated([&] { return CurrentFileCalls().fsync(file); }) == 0;
+}
+
 bool SyncFolderOf(const std::string& name) {
     const std::size_t separator = name.rfind('/');
     std::string folder = ".";
@@ -80,7 +81,7 @@ bool SyncFolderOf(const std::string& name) {
     const int handle = OpenFile(folder, O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (handle < 0) return false;
     // A file system that cannot sync a folder says EINVAL and has nothing to wait for.
-    const bool synced = SyncHandle(handle) || errno == EINVAL;
+    const bool synced = SyncFile(handle) || errno == EINVAL;
     CurrentFileCalls().close(handle);
     return synced;
 }
@@ -106,7 +107,7 @@ bool OwnFile::NameIsOurs() const {
 }
 
 bool OwnFile::LooksOurs(OwnMark mark) const {
-    struct stat status {};
+    struct stat status{};
     if (CurrentFileCalls().fstat(file_, &status) != 0) return false;
     if (!S_ISREG(status.st_mode) || status.st_nlink != 1) return false;
     const auto size = static_cast<std::uint64_t>(status.st_size);
@@ -142,9 +143,9 @@ Claim OwnFile::Find(const std::string& name, OwnMark mark) {
 
 Claim OwnFile::TakeOver(OwnMark mark) {
     // The mark goes in before the rest goes away: a kill in between is recognised, too.
-    struct stat status {};
+    struct stat status{};
     if (CurrentFileCalls().fstat(file_, &status) == 0) {
-        static_cast<void>(::fchmod(file_, (status.st_mode & kPermissions) | S_ISVTX));
+        std::ignore = (::fchmod(file_, (status.st_mode & kPermissions) | S_ISVTX));
     }
     if (WriteAt(0, mark) && Truncate(file_, kOwnMarkBytes)) return Claim::Taken;
     Remove();
@@ -178,7 +179,7 @@ bool OwnFile::WriteAt(std::uint64_t offset, std::span<const std::uint8_t> bytes)
 }
 
 bool OwnFile::Sync() {
-    return SyncHandle(file_);
+    return SyncFile(file_);
 }
 
 bool OwnFile::Close() {
@@ -212,20 +213,20 @@ bool DurableTemporary::WriteAt(std::uint64_t offset, std::span<const std::uint8_
 
 bool DurableTemporary::Finish(const std::string& permissions_of) {
     if (!IsOpen() || size_ < kOwnMarkBytes) return false;
-    struct stat own {};
+    struct stat own{};
     if (CurrentFileCalls().fstat(file_.Handle(), &own) != 0) return false;
     mode_t permissions = own.st_mode & kPermissions;
-    struct stat model {};
+    struct stat model{};
     if (!permissions_of.empty() &&
         Repeated([&] { return CurrentFileCalls().lstat(permissions_of.c_str(), &model); }) == 0 &&
         S_ISREG(model.st_mode)) {
         permissions = model.st_mode & kPermissions;
         // Only the system's owner may give a file away; for anybody else it stays theirs.
-        static_cast<void>(::fchown(file_.Handle(), model.st_uid, model.st_gid));
+        std::ignore = (::fchown(file_.Handle(), model.st_uid, model.st_gid));
     }
     // From here on the mark at the end tells what the one at the start told.
     if (!file_.WriteAt(size_, kTemporaryMark) || !file_.Sync()) return false;
-    static_cast<void>(::fchmod(file_.Handle(), permissions));
+    std::ignore = (::fchmod(file_.Handle(), permissions));
     if (!file_.WriteAt(0, head_) || !file_.Sync()) return false;
     // The lock belongs to both handles; closing the first one says whether all data got through.
     held_ = ::fcntl(file_.Handle(), F_DUPFD_CLOEXEC, 0);
@@ -234,7 +235,7 @@ bool DurableTemporary::Finish(const std::string& permissions_of) {
 
 void DurableTemporary::CutTrailer() {
     // Should this fail, the file has some bytes too many behind its index, which nobody reads.
-    if (Truncate(held_, size_)) SyncHandle(held_);
+    if (Truncate(held_, size_)) std::ignore = SyncFile(held_);
 }
 
 bool DurableTemporary::Placed(int result, const std::string& target) {

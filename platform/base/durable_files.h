@@ -107,6 +107,9 @@ private:
     int held_ = -1; ///< after Finish: keeps the lock
 };
 
+/// Waits until everything written to an open file is on the disk.
+[[nodiscard]] bool SyncFile(int file);
+
 /// Syncs the folder in which `name` stands, so that its renames and deletions last.
 bool SyncFolderOf(const std::string& name);
 

@@ -1,0 +1,158 @@
+#include "container/IndexRebuild.h"
+
+#include "container/AVDirectory.h"
+#include "container/ContainerHeader.h"
+#include "container/RecordWalk.h"
+#include "container/RewriteTarget.h"
+#include "container/UndoFile.h"
+#include "framework/base/ChFile.h"
+#include "platform/base/durable_files.h"
+#include "platform/base/file_names.h"
+#include "platform/base/files.h"
+
+#include <algorithm>
+#include <array>
+#include <optional>
+#include <string>
+
+namespace kelvo {
+
+namespace {
+
+/// One track on its way from the old file into the new one.
+struct Part {
+    TrackWindow window;  ///< as far as the file goes
+    bool is_cut = false; ///< the directory promises more
+    bool is_container = false;
+    bool changed = false;
+    ContainerHeader header{};
+    RecordIndex index{};
+};
+
+Error ReadPart(HFILE file, Part& part) {
+    std::array<std::uint8_t, kContainerHeaderBytes> bytes{};
+    const std::size_t wanted = std::min<std::size_t>(part.window.Size(), bytes.size());
+    if (platform::ReadFileAt(file, part.window.start, bytes.data(), wanted) !=
+        static_cast<std::int64_t>(wanted)) {
+        return {Fault::Unreadable, part.window.start};
+    }
+    const Result<ContainerHeader> header = ParseContainerHeader(ByteView{bytes}.first(wanted));
+    if (!header) return {};
+    part.header = header.Value();
+    part.is_container = CheckHeaderFits(part.header, part.window.Size()).fault == Fault::None;
+    if (!part.is_container) return {};
+    part.changed = part.is_cut || !IndexAgreesWithRecords(file, part.window, part.header);
+    if (!part.changed) return {};
+    return WalkRecords(file, part.window, part.header, part.index);
+}
+
+Error WritePart(RewriteTarget& target, HFILE file, const Part& part) {
+    if (!part.changed) return target.CopyWindow(file, part.window);
+    ContainerHeader header = part.header;
+    header.RecordCount = part.index.Count();
+    header.IndexOffset = part.index.End();
+    header.HeaderMark = 1;
+    const std::uint32_t start = part.window.start;
+    const auto header_bytes = static_cast<std::uint32_t>(kContainerHeaderBytes);
+    Error error = target.AppendBytes(HeaderBytes(header));
+    if (error.fault == Fault::None) {
+        error = target.CopyWindow(file, {start + header_bytes, start + part.index.End()});
+    }
+    return error.fault == Fault::None ? target.AppendIndex(part.index) : error;
+}
+
+RebuiltTrack ReportOf(const std::optional<Part>& part) {
+    if (!part) return {};
+    RebuiltTrack track{.is_there = true,
+                       .is_container = part->is_container,
+                       .changed = part->changed,
+                       .header_records = part->header.RecordCount,
+                       .records = part->header.RecordCount};
+    if (!part->is_container) track.header_records = track.records = 0;
+    if (part->changed) track.records = part->index.Count();
+    return track;
+}
+
+/// The tracks of a film; the last one may end where the file does, whatever the directory says.
+Error FindParts(ChFile& file, std::optional<Part>& audio, std::optional<Part>& video,
+                bool& is_film) {
+    const std::int64_t length = file.FileLength();
+    if (length < 0) return {Fault::Unreadable, 0};
+    const auto size = static_cast<std::uint32_t>(
+        std::min<std::uint64_t>(static_cast<std::uint64_t>(length), kLargestContainer));
+    if (!is_film) {
+        audio = Part{.window = {0, size}};
+        return {};
+    }
+    std::array<std::uint8_t, AVDirectory::kBytes> bytes{};
+    if (!file.ReadAll(bytes)) return {Fault::EndsEarly, 0};
+    const AVDirectory directory = ParseAVDirectory(bytes).Value();
+    const auto find = [size](TrackWindow window, std::optional<Part>& part) -> Error {
+        if (window.Absent()) return {};
+        const Error error = CheckTrackWindow({window.start, window.start}, size);
+        if (error.fault != Fault::None) return error;
+        if (window.end < window.start) return {Fault::BadValue, 0};
+        part =
+            Part{.window = {window.start, std::min(window.end, size)}, .is_cut = window.end > size};
+        return {};
+    };
+    const Error error = find(directory.audio, audio);
+    return error.fault != Fault::None ? error : find(directory.video, video);
+}
+
+Error WriteFile(ChFile& file, const std::string& name, bool is_film,
+                const std::optional<Part>& audio, const std::optional<Part>& video) {
+    RewriteTarget target;
+    Error error =
+        target.Begin(name, is_film ? RewriteTarget::Kind::Film : RewriteTarget::Kind::Track);
+    AVDirectory directory;
+    const auto write = [&](const std::optional<Part>& part, TrackWindow& window) {
+        if (!part || error.fault != Fault::None) return;
+        const auto start = static_cast<std::uint32_t>(target.Size());
+        error = WritePart(target, file.Handle(), *part);
+        window = {start, static_cast<std::uint32_t>(target.Size())};
+    };
+    write(audio, directory.audio);
+    write(video, directory.video);
+    if (is_film && error.fault == Fault::None) error = target.PutDirectory(directory);
+    if (error.fault == Fault::None) error = target.Finish();
+    if (error.fault != Fault::None) return error;
+    if (target.PutInPlace()) return {};
+    target.Discard();
+    return {Fault::Unwritable, 0};
+}
+
+} // namespace
+
+Result<RebuildReport> RebuildIndex(const CString& name) {
+    const std::optional<std::string> found =
+        platform::ExistingFileName(ResolvePath(nullptr, name, nullptr).View());
+    if (!found) return Error{Fault::Missing, 0};
+    if (const Error error = UndoFile::Recover(*found); error.fault != Fault::None) return error;
+    ChFile file;
+    if (!file.OpenReadOnly(name)) return Error{Fault::Unreadable, 0};
+    if (!platform::TryLock(file.Handle())) return Error{Fault::Busy, 0};
+
+    bool is_film = IsFilmName(*found);
+    std::optional<Part> audio;
+    std::optional<Part> video;
+    Error error = FindParts(file, audio, video, is_film);
+    for (std::optional<Part>* part : {&audio, &video}) {
+        if (*part && error.fault == Fault::None) error = ReadPart(file.Handle(), **part);
+    }
+    if (error.fault != Fault::None) return error;
+    RebuildReport report{.is_film = is_film, .audio = ReportOf(audio), .video = ReportOf(video)};
+    if (!report.audio.is_container && !report.video.is_container) {
+        return Error{Fault::BadValue, 0};
+    }
+    const auto needs_writing = [](const std::optional<Part>& part) {
+        return part && (part->changed || part->is_cut);
+    };
+    if (!needs_writing(audio) && !needs_writing(video)) return report;
+    error = WriteFile(file, *found, is_film, audio, video);
+    if (error.fault != Fault::None) return error;
+    report.written = true;
+    return report;
+}
+
+} // namespace kelvo

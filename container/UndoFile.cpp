@@ -1,0 +1,243 @@
+#include "container/UndoFile.h"
+
+#include "framework/base/ByteReader.h"
+#include "framework/base/ByteWriter.h"
+#include "framework/base/Bytes.h"
+#include "platform/base/file_calls.h"
+#include "platform/base/files.h"
+
+#include <fcntl.h>
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <optional>
+#include <span>
+#include <vector>
+
+namespace kelvo {
+
+namespace {
+
+using platform::Claim;
+using platform::OwnFile;
+
+constexpr const char* kSuffix = ".undo";
+
+constexpr std::array<std::uint8_t, platform::kOwnMarkBytes> kMark = {
+    'K', 'e', 'l', 'v', 'o', ' ', 'u', 'n', 'd', 'o', ' ', 'f', 'i', 'l', 'e', '\n'};
+
+// The file: mark, then the old state (checksum, length of the container's file, header, index),
+// then, once the new index is in its place, the announced state (checksum, header).
+constexpr std::size_t kOldState = kMark.size();
+constexpr std::size_t kChecksumBytes = 8;
+constexpr std::size_t kLengthBytes = 8;
+
+static_assert(std::endian::native == std::endian::little,
+              "index values are written as they lie in memory");
+
+class Checksum { // FNV-1a, 64 bits: against accidents, not against people
+public:
+    void Add(ByteView bytes) {
+        for (const std::uint8_t byte : bytes)
+            value_ = (value_ ^ byte) * 0x100000001B3U;
+    }
+    std::uint64_t Value() const { return value_; }
+
+private:
+    std::uint64_t value_ = 0xCBF29CE484222325U;
+};
+
+ByteView BytesOf(std::span<const std::uint32_t> values) {
+    return {reinterpret_cast<const std::uint8_t*>(values.data()), values.size_bytes()};
+}
+
+std::array<std::uint8_t, 8> NumberBytes(std::uint64_t number) {
+    std::array<std::uint8_t, 8> bytes{};
+    ByteWriter{bytes}.WriteU64(number);
+    return bytes;
+}
+
+/// What an undo file holds; the views live as long as the bytes.
+struct SavedState {
+    std::uint64_t length = 0;
+    ByteView header;
+    ByteView index;
+    std::uint32_t index_offset = 0;
+    ByteView new_header; ///< empty until it was announced
+};
+
+std::optional<SavedState> ParseSaved(ByteView bytes) {
+    ByteReader reader{bytes};
+    reader.Seek(kOldState);
+    const std::uint64_t checksum = reader.ReadU64();
+    const ByteView length = reader.ReadBytes(kLengthBytes);
+    SavedState saved;
+    saved.header = reader.ReadBytes(kContainerHeaderBytes);
+    const Result<ContainerHeader> header = ParseContainerHeader(saved.header);
+    if (!header || header.Value().IndexBytes() > reader.Remaining()) return std::nullopt;
+    saved.index = reader.ReadBytes(header.Value().IndexBytes());
+    saved.index_offset = header.Value().IndexOffset;
+    saved.length = ByteReader{length}.ReadU64();
+
+    Checksum found;
+    found.Add(length);
+    found.Add(saved.header);
+    found.Add(saved.index);
+    if (!reader.Ok() || found.Value() != checksum) return std::nullopt;
+
+    const std::uint64_t new_checksum = reader.ReadU64();
+    const ByteView new_header = reader.ReadBytes(kContainerHeaderBytes);
+    Checksum new_found;
+    new_found.Add(new_header);
+    if (reader.Ok() && new_found.Value() == new_checksum) saved.new_header = new_header;
+    return saved;
+}
+
+enum class Stand : std::uint8_t {
+    Old,      ///< the edit never finished: what was saved must be put back
+    Finished, ///< the new header is in the file: the edit stands
+    Other,    ///< not the file that was saved
+};
+
+Stand StandOf(ByteView on_disk, std::uint64_t length, const SavedState& saved) {
+    if (length < saved.index_offset) return Stand::Other;
+    if (std::ranges::equal(on_disk, saved.header)) return Stand::Old;
+    if (saved.new_header.empty()) return Stand::Other;
+    if (std::ranges::equal(on_disk, saved.new_header)) return Stand::Finished;
+    // A header that was cut in the writing is made of bytes of both.
+    for (std::size_t i = 0; i < on_disk.size(); ++i) {
+        if (on_disk[i] != saved.header[i] && on_disk[i] != saved.new_header[i]) return Stand::Other;
+    }
+    return Stand::Old;
+}
+
+bool WriteAll(int file, std::uint64_t offset, ByteView bytes) {
+    return platform::WriteFileAt(file, offset, bytes.data(), bytes.size()) ==
+           static_cast<std::int64_t>(bytes.size());
+}
+
+bool PutBack(int file, const SavedState& saved, std::uint64_t length) {
+    return WriteAll(file, saved.index_offset, saved.index) && WriteAll(file, 0, saved.header) &&
+           (length <= saved.length || platform::SetFileSize(file, saved.length)) &&
+           platform::SyncFile(file);
+}
+
+Error RecoverOpened(int file, const SavedState& saved, OwnFile& undo) {
+    std::array<std::uint8_t, kContainerHeaderBytes> header{};
+    const std::int64_t length = platform::FileSize(file);
+    if (platform::ReadFileAt(file, 0, header.data(), header.size()) !=
+        static_cast<std::int64_t>(header.size())) {
+        return {}; // too short to be the file that was saved
+    }
+    const auto size = static_cast<std::uint64_t>(length);
+    switch (StandOf(header, size, saved)) {
+    case Stand::Other:
+        return {};
+    case Stand::Old:
+        if (!PutBack(file, saved, size)) return {Fault::Unwritable, saved.index_offset};
+        break;
+    case Stand::Finished:
+        break;
+    }
+    const std::string name = undo.Name();
+    undo.Remove();
+    platform::SyncFolderOf(name);
+    return {};
+}
+
+std::optional<std::vector<std::uint8_t>> ReadWhole(int file) {
+    const std::int64_t size = platform::FileSize(file);
+    if (size < 0) return std::nullopt;
+    std::vector<std::uint8_t> bytes(static_cast<std::size_t>(size));
+    if (platform::ReadFileAt(file, 0, bytes.data(), bytes.size()) != size) return std::nullopt;
+    return bytes;
+}
+
+Fault FaultOf(Claim claim) {
+    switch (claim) {
+    case Claim::Taken:
+        return Fault::None;
+    case Claim::Busy:
+        return Fault::Busy;
+    case Claim::Foreign:
+        return Fault::Mismatch;
+    case Claim::Failed:
+        break;
+    }
+    return Fault::Unwritable;
+}
+
+} // namespace
+
+Error UndoFile::Recover(const std::string& name) {
+    OwnFile undo;
+    const Claim claim = undo.Find(name + kSuffix, kMark);
+    if (claim == Claim::Busy) return {Fault::Busy, 0};
+    if (claim != Claim::Taken) return {};
+    const std::optional<std::vector<std::uint8_t>> bytes = ReadWhole(undo.Handle());
+    if (!bytes) return {Fault::Unreadable, 0};
+    const std::optional<SavedState> saved = ParseSaved(*bytes);
+    if (!saved) { // the kill came while it was saved, so nothing had been overwritten yet
+        undo.Remove();
+        return {};
+    }
+    const int file = platform::CurrentFileCalls().open(name.c_str(), O_RDWR | O_CLOEXEC, 0);
+    if (file < 0) return {Fault::Unwritable, 0};
+    const Error error = RecoverOpened(file, *saved, undo);
+    platform::CurrentFileCalls().close(file);
+    return error;
+}
+
+Error UndoFile::Save(const std::string& name, const ContainerHeader& header,
+                     const RecordIndex& index, std::uint64_t length) {
+    const Claim claim = file_.Make(name + kSuffix, kMark);
+    if (claim != Claim::Taken) return {FaultOf(claim), 0};
+
+    const auto header_bytes = HeaderBytes(header);
+    const auto length_bytes = NumberBytes(length);
+    const ByteView offsets = BytesOf(index.Offsets());
+    const ByteView side_positions = BytesOf(index.SidePositions());
+    Checksum checksum;
+    for (const ByteView part :
+         {ByteView{length_bytes}, ByteView{header_bytes}, offsets, side_positions}) {
+        checksum.Add(part);
+    }
+    end_ = kOldState;
+    const auto checksum_bytes = NumberBytes(checksum.Value());
+    bool written = true;
+    for (const ByteView part : {ByteView{checksum_bytes}, ByteView{length_bytes},
+                                ByteView{header_bytes}, offsets, side_positions}) {
+        written = written && file_.WriteAt(end_, part);
+        end_ += part.size();
+    }
+    if (!written || !file_.Sync() || !platform::SyncFolderOf(file_.Name())) {
+        file_.Remove();
+        return {Fault::Unwritable, 0};
+    }
+    return {};
+}
+
+Error UndoFile::Announce(const ContainerHeader& new_header) {
+    const auto header_bytes = HeaderBytes(new_header);
+    Checksum checksum;
+    checksum.Add(header_bytes);
+    if (file_.WriteAt(end_, NumberBytes(checksum.Value())) &&
+        file_.WriteAt(end_ + kChecksumBytes, header_bytes) && file_.Sync()) {
+        return {};
+    }
+    return {Fault::Unwritable, 0};
+}
+
+void UndoFile::Remove() {
+    if (!file_.IsOpen()) return;
+    const std::string name = file_.Name();
+    file_.Remove();
+    platform::SyncFolderOf(name);
+}
+
+void UndoFile::Abandon() {
+    file_.Close();
+}
+
+} // namespace kelvo
