@@ -33,7 +33,7 @@ bool AudioPlayerkel::HandleMessage(UINT message, WPARAM wparam, LPARAM lparam) {
     case MM_WOM_OPEN:
         return OnDeviceOpen();
     case MM_WOM_DONE:
-        return OnBufferDone();
+        return OnBufferDone(reinterpret_cast<WAVEHDR*>(lparam));
     case MM_WOM_CLOSE:
         return OnDeviceClosed();
     default:
@@ -78,7 +78,7 @@ bool AudioPlayerkel::Play(VideoPlayerkel* video) {
         return true;
     }
     wave_out_ = nullptr;
-    ErrorBox(CString(kDeviceRefused));
+    ErrorBox(kDeviceRefused);
     FreeBuffers();
     paused_ = false;
     stopping_ = true;

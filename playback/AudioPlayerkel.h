@@ -60,6 +60,8 @@ public:
 
     bool IsTrackOpen() const { return track_.IsTrackOpen(); }
     int FrameCount() const { return track_.FrameCount(); }
+    /// Number of the frame that is read next.
+    int CurrentFrame() const { return track_.CurrentAudioFrame(); }
     int nFramesAlSec() const { return static_cast<int>(track_.nFramesAlSec()); }
     bool IsPlaying() const { return playing_; }
     bool IsPaused() const { return paused_; }

@@ -114,7 +114,7 @@ bool VideoPlayerkel::StartLoop(INT_PTR (VideoPlayerkel::*loop)(INT_PTR, INT_PTR,
 bool VideoPlayerkel::PlayNormal(AudioPlayerkel* audio) {
     EndLoop();
     if (track_.OpenMode() != ZFilekel::Mode::ForRead) {
-        return ErrorBox(CString(kNotForEditing));
+        return ErrorBox(kNotForEditing);
     }
     m_pAudioPlayer = audio != nullptr && audio->IsTrackOpen() ? audio : nullptr;
     shown_before_ = m_pAudioPlayer != nullptr ? ImagesBeforeInAudioFrame() : 0;
