@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
 
 namespace kelvo::desktop {
@@ -262,7 +263,7 @@ HMODULE ModuleWithBitmap(const std::vector<std::uint8_t>& packed) {
     auto block = std::make_unique<std::vector<std::uint64_t>>((40 + packed.size() + 7) / 8);
     auto* bytes = reinterpret_cast<std::uint8_t*>(block->data());
     std::memcpy(bytes, words.data(), 40);
-    std::memcpy(bytes + 40, packed.data(), packed.size());
+    std::ranges::copy(packed, bytes + 40);
     kept.push_back(std::move(block));
     const HMODULE module = platform::AddModule();
     EXPECT_TRUE(platform::RegisterResources(module, {bytes, 40 + packed.size()}));
