@@ -1,6 +1,7 @@
 #include "platform/base/clock.h"
 
 #include "platform/base/Waiting.h"
+#include "platform/base/threads.h"
 
 #include <cassert>
 
@@ -97,6 +98,7 @@ int ManualClock::SleeperCount() const {
 } // namespace kelvo::platform
 
 DWORD GetTickCount() {
+    kelvo::platform::ThreadCheckpoint();
     const auto now =
         std::chrono::duration_cast<std::chrono::milliseconds>(kelvo::platform::ClockNow());
     return static_cast<DWORD>(now.count());
