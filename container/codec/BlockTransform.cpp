@@ -46,9 +46,21 @@ std::uint8_t LowByteOf(double value) {
 
 void StoreBlock(std::span<float> array, ByteSpan samples) {
     InverseTransform(array);
+    const float* const from = array.data();
+    std::uint8_t* const to = samples.data();
     const double factor = 2.0 / static_cast<double>(array.size());
+    constexpr auto kOffset = static_cast<double>(kCentre);
+    // What fits into 32 bits, and all honest sound does, is cut many at a time.
+    constexpr double kFits = 2147480000.0;
+    if (LargestMagnitude(array.first(samples.size())) * factor < kFits) {
+        for (std::size_t i = 0; i < samples.size(); ++i) {
+            to[i] =
+                static_cast<std::uint8_t>(static_cast<std::int32_t>(from[i] * factor + kOffset));
+        }
+        return;
+    }
     for (std::size_t i = 0; i < samples.size(); ++i) {
-        samples[i] = LowByteOf(array[i] * factor + static_cast<double>(kCentre));
+        to[i] = LowByteOf(from[i] * factor + kOffset);
     }
 }
 

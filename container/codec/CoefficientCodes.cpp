@@ -21,18 +21,7 @@ static_assert(kStrongestCode < kRunMark);
 
 constexpr std::size_t kLongestRun = 255;
 
-constexpr std::uint32_t kMagnitudeBits = 0x7FFFFFFF;
-
-float LargestMagnitude(std::span<const float> values) {
-    // Magnitudes in order are bit patterns in order, and the largest of integers is found many at a
-    // time.
-    std::uint32_t largest = 0;
-    const float* const at = values.data();
-    for (std::size_t i = 0; i < values.size(); ++i) {
-        largest = std::max(largest, std::bit_cast<std::uint32_t>(at[i]) & kMagnitudeBits);
-    }
-    return std::bit_cast<float>(largest);
-}
+constexpr std::int32_t kMagnitudeBits = 0x7FFFFFFF;
 
 /// The greatest float that is not above a positive value: a float exceeds one if it exceeds the
 /// other.
@@ -47,7 +36,7 @@ std::size_t NextStrong(std::span<const float> coefficients, std::size_t at, floa
     const float* const values = coefficients.data();
     const std::size_t count = coefficients.size();
 #if defined(__SSE2__)
-    const __m128 magnitude = _mm_castsi128_ps(_mm_set1_epi32(static_cast<int>(kMagnitudeBits)));
+    const __m128 magnitude = _mm_castsi128_ps(_mm_set1_epi32(kMagnitudeBits));
     const __m128 limit = _mm_set1_ps(threshold);
     for (; count - at >= 8; at += 8) {
         const __m128 front = _mm_and_ps(_mm_loadu_ps(values + at), magnitude);
@@ -91,6 +80,17 @@ std::size_t WriteRun(std::size_t length, std::uint8_t* codes) {
 }
 
 } // namespace
+
+float LargestMagnitude(std::span<const float> values) {
+    // Magnitudes in order are bit patterns in order, and the largest of integers is found many at a
+    // time.
+    std::int32_t largest = 0;
+    const float* const at = values.data();
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        largest = std::max(largest, std::bit_cast<std::int32_t>(at[i]) & kMagnitudeBits);
+    }
+    return std::bit_cast<float>(largest);
+}
 
 CoefficientCoding ChooseCoding(std::span<const float> coefficients, double divisor) {
     const auto strongest = static_cast<double>(LargestMagnitude(coefficients));

@@ -10,6 +10,9 @@
 
 namespace kelvo::codec {
 
+/// No number at all if one of the values is none; 0 for no values.
+float LargestMagnitude(std::span<const float> values);
+
 /// How the coefficients of one block become codes.
 struct CoefficientCoding {
     double scale;    ///< of which a code is the multiple

@@ -10,7 +10,6 @@
 #include <cmath>
 #include <cstdint>
 #include <mutex>
-#include <utility>
 
 namespace kelvo::codec {
 
@@ -60,42 +59,14 @@ struct Tables {
     std::array<double, kCount> butterfly_sines;
     std::array<double, kCount> mirror_cosines; ///< those of q mirror pairs at offset q
     std::array<double, kCount> mirror_sines;
-    std::array<std::pair<std::uint16_t, std::uint16_t>, kCount> swaps; ///< see SwapTable
+    std::array<std::uint16_t, kCount / 2>
+        reversed; ///< the numbers below q with their bits reversed at q
 
     std::mutex making;
     std::atomic<std::size_t> prepared{1}; ///< transforms up to this size can run
 };
 
 constinit Tables tables{};
-
-std::size_t ReverseBits(std::size_t number, std::size_t count) {
-    std::size_t reversed = 0;
-    for (std::size_t bit = 1; bit < count; bit <<= 1U) {
-        reversed = (reversed << 1U) | (number & 1U);
-        number >>= 1U;
-    }
-    return reversed;
-}
-
-/// Calls swap(i, j) for every pair of numbers below count, a power of two, that are each other's
-/// mirror image.
-template <class Swap>
-void ForEachMirrored(std::size_t count, Swap swap) {
-    for (std::size_t i = 1; i < count; ++i) {
-        const std::size_t j = ReverseBits(i, count);
-        if (j > i) swap(i, j);
-    }
-}
-
-/// Where the swaps for `complex_count` values lie. There are as many as numbers that are no
-/// palindrome in binary, halved: always fewer than complex_count / 2.
-std::size_t SwapTable(std::size_t complex_count) {
-    return complex_count / 2;
-}
-std::size_t SwapCount(std::size_t complex_count) {
-    const auto bits = static_cast<unsigned>(std::countr_zero(complex_count));
-    return (complex_count - (std::size_t{1} << ((bits + 1) / 2))) / 2;
-}
 
 void MakeTables(std::size_t size) {
     const std::size_t complex_count = size / 2;
@@ -111,11 +82,10 @@ void MakeTables(std::size_t size) {
         tables.mirror_sines[half + i] = mirror.sine;
         mirror.Advance();
     }
-    std::size_t at = SwapTable(complex_count);
-    ForEachMirrored(complex_count, [&](std::size_t i, std::size_t j) {
-        tables.swaps[at++] = {static_cast<std::uint16_t>(i), static_cast<std::uint16_t>(j)};
-    });
-    assert(at == SwapTable(complex_count) + SwapCount(complex_count));
+    const std::size_t quarter = complex_count / 4;
+    for (std::size_t i = 0; i < quarter; ++i) {
+        tables.reversed[quarter + i] = static_cast<std::uint16_t>(ReverseBits(i, quarter));
+    }
 }
 
 void PrepareTables(std::size_t size) {
@@ -125,24 +95,6 @@ void PrepareTables(std::size_t size) {
     for (std::size_t next = 2 * tables.prepared.load(); next <= size; next *= 2) {
         MakeTables(next);
         tables.prepared.store(next);
-    }
-}
-
-void SwapComplex(float* array, std::size_t i, std::size_t j) {
-    std::swap(array[2 * i], array[2 * j]);
-    std::swap(array[2 * i + 1], array[2 * j + 1]);
-}
-
-void ReverseOrder(float* array, std::size_t complex_count) {
-    if (2 * complex_count > kLargestTabled) {
-        ForEachMirrored(complex_count,
-                        [&](std::size_t i, std::size_t j) { SwapComplex(array, i, j); });
-        return;
-    }
-    const auto* const swaps = tables.swaps.data() + SwapTable(complex_count);
-    const std::size_t count = SwapCount(complex_count);
-    for (std::size_t n = 0; n < count; ++n) {
-        SwapComplex(array, swaps[n].first, swaps[n].second);
     }
 }
 
@@ -170,22 +122,26 @@ Twiddles TabledButterfly(std::size_t half) {
 
 void ComplexTransform(float* array, std::size_t complex_count, Direction direction,
                       const TransformKernels& kernels) {
-    ReverseOrder(array, complex_count);
-    std::size_t half = 1;
-    if (complex_count >= 4) {
-        kernels.first_stages(array, complex_count, TabledButterfly(2), direction);
-        half = 4;
+    if (complex_count == 1) return;
+    if (complex_count == 2) {
+        kernels.butterflies(array, 2, 1, 0, 1, TabledButterfly(1), direction, Stage::Last);
+        return;
     }
-    for (; half < complex_count; half *= 2) {
-        if (2 * half <= kLargestTabled / 2) {
+    const std::size_t quarter = complex_count / 4;
+    const bool tabled = 2 * complex_count <= kLargestTabled;
+    kernels.first_stages(array, complex_count, tabled ? tables.reversed.data() + quarter : nullptr,
+                         TabledButterfly(2), direction);
+    for (std::size_t half = 4; half < complex_count; half *= 2) {
+        const Stage stage = 2 * half == complex_count ? Stage::Last : Stage::Inner;
+        if (4 * half <= kLargestTabled) {
             kernels.butterflies(array, complex_count, half, 0, half, TabledButterfly(half),
-                                direction);
+                                direction, stage);
             continue;
         }
         WalkInPieces(ButterflyWalk(half), half,
                      [&](std::size_t first, std::size_t count, Twiddles twiddles) {
                          kernels.butterflies(array, complex_count, half, first, count, twiddles,
-                                             direction);
+                                             direction, stage);
                      });
     }
 }
@@ -208,6 +164,10 @@ void MirrorPairs(float* array, std::size_t complex_count, Direction direction,
     });
 }
 
+const TransformKernels& KernelsFor(std::size_t complex_count, const TransformKernels& given) {
+    return complex_count < given.least_values ? kPortableKernels : given;
+}
+
 const TransformKernels& BestKernels() {
     static const TransformKernels* const best = Avx2Kernels();
     return best != nullptr ? *best : kPortableKernels;
@@ -215,11 +175,21 @@ const TransformKernels& BestKernels() {
 
 } // namespace
 
-void ForwardTransform(std::span<float> array, const TransformKernels& kernels) {
+std::size_t ReverseBits(std::size_t number, std::size_t count) {
+    std::size_t reversed = 0;
+    for (std::size_t bit = 1; bit < count; bit <<= 1U) {
+        reversed = (reversed << 1U) | (number & 1U);
+        number >>= 1U;
+    }
+    return reversed;
+}
+
+void ForwardTransform(std::span<float> array, const TransformKernels& given) {
     assert(std::has_single_bit(array.size()));
     if (array.size() < 2) return;
     PrepareTables(array.size());
     const std::size_t complex_count = array.size() / 2;
+    const TransformKernels& kernels = KernelsFor(complex_count, given);
     ComplexTransform(array.data(), complex_count, Direction::Forward, kernels);
     MirrorPairs(array.data(), complex_count, Direction::Forward, kernels);
     const float constant = array[0];
@@ -227,7 +197,7 @@ void ForwardTransform(std::span<float> array, const TransformKernels& kernels) {
     array[1] = constant - array[1];
 }
 
-void InverseTransform(std::span<float> array, const TransformKernels& kernels) {
+void InverseTransform(std::span<float> array, const TransformKernels& given) {
     assert(std::has_single_bit(array.size()));
     if (array.empty()) return;
     const float constant = array[0];
@@ -237,6 +207,7 @@ void InverseTransform(std::span<float> array, const TransformKernels& kernels) {
     }
     PrepareTables(array.size());
     const std::size_t complex_count = array.size() / 2;
+    const TransformKernels& kernels = KernelsFor(complex_count, given);
     MirrorPairs(array.data(), complex_count, Direction::Inverse, kernels);
     array[0] = 0.5F * (constant + array[1]);
     array[1] = 0.5F * (constant - array[1]);

@@ -2,6 +2,8 @@
 
 #if defined(__x86_64__)
 #include <immintrin.h>
+
+#include <cstring>
 #endif
 
 namespace kelvo::codec {
@@ -77,48 +79,80 @@ KELVO_AVX2_INLINE void Transpose(FourComplex (&values)[4]) {
                       values[3].imaginary);
 }
 
-KELVO_AVX2 void FirstStages(float* array, std::size_t complex_count, Twiddles quarter_turn,
-                            Direction direction) {
-    if (complex_count < 16) {
-        kPortableKernels.first_stages(array, complex_count, quarter_turn, direction);
+/// Between the first stages and the last, four real parts lie before their four imaginary ones.
+KELVO_AVX2_INLINE FourComplex LoadBlock(const float* at) {
+    return {_mm_loadu_ps(at), _mm_loadu_ps(at + 4)};
+}
+
+KELVO_AVX2_INLINE void StoreBlock(float* at, FourComplex values) {
+    _mm_storeu_ps(at, values.real);
+    _mm_storeu_ps(at + 4, values.imaginary);
+}
+
+// Transforms up to this many complex values are read from a copy on the stack, which saves the
+// swaps.
+constexpr std::size_t kLargestCopied = 8192;
+
+KELVO_AVX2 void FirstStages(float* array, std::size_t complex_count, const std::uint16_t* reversed,
+                            Twiddles quarter_turn, Direction direction) {
+    if (reversed == nullptr || complex_count > kLargestCopied) {
+        kPortableKernels.first_stages(array, complex_count, reversed, quarter_turn, direction);
+        for (float* at = array; at != array + 2 * complex_count; at += 8) {
+            StoreBlock(at, LoadFour(at));
+        }
         return;
     }
     const double sine =
         direction == Direction::Forward ? quarter_turn.sines[1] : 0.0 - quarter_turn.sines[1];
-    const FourTwiddles quarter{_mm256_set1_pd(quarter_turn.cosines[1]), _mm256_set1_pd(sine)};
-    for (float* at = array; at != array + 2 * complex_count; at += 32) {
-        // Four groups of four values side by side, one group a lane.
-        FourComplex values[4] = {LoadFour(at), LoadFour(at + 8), LoadFour(at + 16),
-                                 LoadFour(at + 24)};
-        Transpose(values);
+    const FourTwiddles quarter_twiddles{_mm256_set1_pd(quarter_turn.cosines[1]),
+                                        _mm256_set1_pd(sine)};
+    float copy[2 * kLargestCopied];
+    std::memcpy(copy, array, 2 * complex_count * sizeof(float));
+    // The four values of a group come from the four quarters, the groups from `i` on in reversed
+    // order: one group a lane, so that the values of a quarter are read side by side.
+    const std::size_t quarter = complex_count / 4;
+    for (std::size_t i = 0; i < quarter; i += 4) {
+        const float* const from = copy + 2 * i;
+        FourComplex values[4] = {LoadFour(from), LoadFour(from + 4 * quarter),
+                                 LoadFour(from + 2 * quarter), LoadFour(from + 6 * quarter)};
         PlainButterfly(values[0], values[1]);
         PlainButterfly(values[2], values[3]);
         PlainButterfly(values[0], values[2]);
-        Butterfly(values[1], values[3], quarter);
+        Butterfly(values[1], values[3], quarter_twiddles);
         Transpose(values);
-        StoreFour(at, values[0]);
-        StoreFour(at + 8, values[1]);
-        StoreFour(at + 16, values[2]);
-        StoreFour(at + 24, values[3]);
+        for (std::size_t lane = 0; lane < 4; ++lane) {
+            StoreBlock(array + std::size_t{8} * reversed[i + lane], values[lane]);
+        }
+    }
+}
+
+template <Stage kStage>
+KELVO_AVX2_INLINE void GroupButterflies(float* low_values, float* high_values, std::size_t count,
+                                        Twiddles twiddles, Direction direction) {
+    for (std::size_t i = 0; i < count; i += 4) {
+        FourComplex low = LoadBlock(low_values + 2 * i);
+        FourComplex high = LoadBlock(high_values + 2 * i);
+        Butterfly(low, high, LoadTwiddles(twiddles, i, direction));
+        if constexpr (kStage == Stage::Last) {
+            StoreFour(low_values + 2 * i, low);
+            StoreFour(high_values + 2 * i, high);
+        } else {
+            StoreBlock(low_values + 2 * i, low);
+            StoreBlock(high_values + 2 * i, high);
+        }
     }
 }
 
 KELVO_AVX2 void Butterflies(float* array, std::size_t complex_count, std::size_t half,
                             std::size_t first, std::size_t count, Twiddles twiddles,
-                            Direction direction) {
-    if (count % 4 != 0) {
-        kPortableKernels.butterflies(array, complex_count, half, first, count, twiddles, direction);
-        return;
-    }
+                            Direction direction, Stage stage) {
     for (std::size_t group = first; group < complex_count; group += 2 * half) {
-        float* const low_values = array + 2 * group;
-        float* const high_values = low_values + 2 * half;
-        for (std::size_t i = 0; i < count; i += 4) {
-            FourComplex low = LoadFour(low_values + 2 * i);
-            FourComplex high = LoadFour(high_values + 2 * i);
-            Butterfly(low, high, LoadTwiddles(twiddles, i, direction));
-            StoreFour(low_values + 2 * i, low);
-            StoreFour(high_values + 2 * i, high);
+        float* const low = array + 2 * group;
+        float* const high = low + 2 * half;
+        if (stage == Stage::Last) {
+            GroupButterflies<Stage::Last>(low, high, count, twiddles, direction);
+        } else {
+            GroupButterflies<Stage::Inner>(low, high, count, twiddles, direction);
         }
     }
 }
@@ -143,7 +177,7 @@ KELVO_AVX2 void MirrorPairs(float* array, std::size_t complex_count, std::size_t
         const __m128 even_imaginary = _mm_mul_ps(half, _mm_sub_ps(near.imaginary, far.imaginary));
         const __m256d x = _mm256_cvtps_pd(_mm_mul_ps(half, _mm_add_ps(near.real, far.real)));
         const __m256d y = _mm256_cvtps_pd(even_imaginary);
-        const __m256d minus_y = _mm256_cvtps_pd(_mm_xor_ps(even_imaginary, minus));
+        const __m256d minus_y = _mm256_xor_pd(y, _mm256_set1_pd(-0.0));
         const __m256d u =
             _mm256_cvtps_pd(_mm_mul_ps(odd_half, _mm_add_ps(near.imaginary, far.imaginary)));
         const __m256d v = _mm256_cvtps_pd(
@@ -164,7 +198,7 @@ KELVO_AVX2 void MirrorPairs(float* array, std::size_t complex_count, std::size_t
                                   {twiddles.cosines + i, twiddles.sines + i}, direction);
 }
 
-constexpr TransformKernels kAvx2Kernels{"avx2", FirstStages, Butterflies, MirrorPairs};
+constexpr TransformKernels kAvx2Kernels{"avx2", 16, FirstStages, Butterflies, MirrorPairs};
 
 } // namespace
 

@@ -1,5 +1,7 @@
 #include "container/codec/RealTransformKernels.h"
 
+#include <utility>
+
 namespace kelvo::codec {
 
 namespace {
@@ -21,7 +23,7 @@ void Butterfly(float* low, float* high, double cosine, double sine) {
 }
 
 void Butterflies(float* array, std::size_t complex_count, std::size_t half, std::size_t first,
-                 std::size_t count, Twiddles twiddles, Direction direction) {
+                 std::size_t count, Twiddles twiddles, Direction direction, Stage) {
     for (std::size_t group = first; group < complex_count; group += 2 * half) {
         float* const low = array + 2 * group;
         float* const high = low + 2 * half;
@@ -32,8 +34,25 @@ void Butterflies(float* array, std::size_t complex_count, std::size_t half, std:
     }
 }
 
-void FirstStages(float* array, std::size_t complex_count, Twiddles quarter_turn,
-                 Direction direction) {
+void ReverseOrder(float* array, std::size_t complex_count, const std::uint16_t* reversed) {
+    // The two lowest bits of a number, in reverse, choose the quarter that its partner lies in.
+    const std::size_t quarter = complex_count / 4;
+    const std::size_t quarters[4] = {0, 2 * quarter, quarter, 3 * quarter};
+    for (std::size_t group = 0; group < quarter; ++group) {
+        const std::size_t place =
+            reversed != nullptr ? reversed[group] : ReverseBits(group, quarter);
+        for (std::size_t number = 4 * group; number < 4 * group + 4; ++number) {
+            const std::size_t partner = quarters[number % 4] + place;
+            if (partner <= number) continue;
+            std::swap(array[2 * number], array[2 * partner]);
+            std::swap(array[2 * number + 1], array[2 * partner + 1]);
+        }
+    }
+}
+
+void FirstStages(float* array, std::size_t complex_count, const std::uint16_t* reversed,
+                 Twiddles quarter_turn, Direction direction) {
+    ReverseOrder(array, complex_count, reversed);
     const double sine = Turned(quarter_turn.sines[1], direction);
     for (float* group = array; group != array + 2 * complex_count; group += 8) {
         Butterfly(group, group + 2, 1.0, 0.0);
@@ -64,6 +83,6 @@ void MirrorPairs(float* array, std::size_t complex_count, std::size_t first, std
 
 } // namespace
 
-const TransformKernels kPortableKernels{"portable", FirstStages, Butterflies, MirrorPairs};
+const TransformKernels kPortableKernels{"portable", 2, FirstStages, Butterflies, MirrorPairs};
 
 } // namespace kelvo::codec

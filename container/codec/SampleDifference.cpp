@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cassert>
 #include <cstdint>
 
@@ -70,6 +71,90 @@ constexpr std::uint8_t Sum(std::uint8_t sample, std::uint8_t change) {
     return static_cast<std::uint8_t>(sample + change);
 }
 
+#if defined(__SSE2__)
+
+constexpr std::size_t kWide = 16; ///< samples that are handled at once
+
+__m128i LoadWide(const std::uint8_t* at) {
+    return _mm_loadu_si128(reinterpret_cast<const __m128i*>(at));
+}
+
+void StoreWide(std::uint8_t* at, __m128i bytes) {
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(at), bytes);
+}
+
+/// Stores the samples that sixteen changes lead to. @return the last of them
+std::uint8_t StoreRunningSums(__m128i changes, std::uint8_t last, std::uint8_t* samples) {
+    // Each byte takes in the one 1, 2, 4 and 8 places before it.
+    changes = _mm_add_epi8(changes, _mm_slli_si128(changes, 1));
+    changes = _mm_add_epi8(changes, _mm_slli_si128(changes, 2));
+    changes = _mm_add_epi8(changes, _mm_slli_si128(changes, 4));
+    changes = _mm_add_epi8(changes, _mm_slli_si128(changes, 8));
+    StoreWide(samples, _mm_add_epi8(changes, _mm_set1_epi8(static_cast<char>(last))));
+    return Sum(last, static_cast<std::uint8_t>(_mm_extract_epi16(changes, 7) >> 8));
+}
+
+/// What a wide step took and gave.
+struct WideStep {
+    std::size_t read;
+    std::size_t written;
+};
+
+/// Packs sixteen differences, or those up to the first escape and its byte.
+/// @param packed  room for 10 bytes; what lies behind the step may be written, too
+WideStep PackWide(const std::uint8_t* differences, std::uint8_t* packed) {
+    const __m128i changes = _mm_sub_epi8(LoadWide(differences), _mm_set1_epi8(kNoChange));
+    const __m128i negative = _mm_cmpgt_epi8(_mm_setzero_si128(), changes);
+    const __m128i magnitudes = _mm_sub_epi8(_mm_xor_si128(changes, negative), negative);
+    // The magnitude of a change of 128 is 128, because the bytes are taken as unsigned here.
+    const __m128i large = _mm_subs_epu8(magnitudes, _mm_set1_epi8(kLargestMagnitude));
+    const __m128i small = _mm_cmpeq_epi8(large, _mm_setzero_si128());
+    const __m128i escape = _mm_set1_epi8(kEscape);
+    const __m128i signs = _mm_or_si128(negative, _mm_xor_si128(small, _mm_set1_epi8(-1)));
+    const __m128i nibbles =
+        _mm_or_si128(_mm_and_si128(small, magnitudes), _mm_and_si128(escape, signs));
+    // Of each pair the first nibble lies in the low byte of 16 bits.
+    const __m128i pairs = _mm_and_si128(
+        _mm_or_si128(_mm_slli_epi16(nibbles, 4), _mm_srli_epi16(nibbles, 8)), _mm_set1_epi16(0xFF));
+    _mm_storel_epi64(reinterpret_cast<__m128i*>(packed), _mm_packus_epi16(pairs, pairs));
+    const unsigned escapes = ~static_cast<unsigned>(_mm_movemask_epi8(small)) & 0xFFFFU;
+    if (escapes == 0) return {kWide, kWide / 2};
+    const auto first = static_cast<std::size_t>(std::countr_zero(escapes));
+    // An escape in a high nibble leaves the low one empty.
+    std::uint8_t* const at = packed + first / 2;
+    at[0] = first % 2 == 0 ? kEscape << 4U : at[0];
+    at[1] = differences[first];
+    return {first + 1, first / 2 + 2};
+}
+
+/// Unpacks eight bytes into sixteen samples, or those up to the first escape and its byte.
+/// @param packed   nine bytes
+/// @param samples  room for sixteen; those behind the step may be written, too
+WideStep UnpackWide(const std::uint8_t* packed, std::uint8_t& last, std::uint8_t* samples) {
+    const __m128i bytes = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(packed));
+    const __m128i low_bits = _mm_set1_epi8(15);
+    const __m128i nibbles = _mm_unpacklo_epi8(_mm_and_si128(_mm_srli_epi16(bytes, 4), low_bits),
+                                              _mm_and_si128(bytes, low_bits));
+    const __m128i escape = _mm_set1_epi8(kEscape);
+    const __m128i negative = _mm_cmpgt_epi8(nibbles, escape);
+    const __m128i magnitudes = _mm_and_si128(nibbles, _mm_set1_epi8(kLargestMagnitude));
+    const __m128i changes = _mm_sub_epi8(_mm_xor_si128(magnitudes, negative), negative);
+    const std::uint8_t end = StoreRunningSums(changes, last, samples);
+    const auto escapes = static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(nibbles, escape)));
+    if (escapes == 0) {
+        last = end;
+        return {kWide / 2, kWide};
+    }
+    const auto first = static_cast<std::size_t>(std::countr_zero(escapes));
+    // An escape adds no change of its own to the sums, so the sample before it stands in its place.
+    const auto change = static_cast<std::uint8_t>(packed[first / 2 + 1] - kNoChange);
+    last = Sum(samples[first], change);
+    samples[first] = last;
+    return {first / 2 + 2, first + 1};
+}
+
+#endif
+
 /// Samples that the rest of a stream describes when nothing of it is written any more.
 std::uint64_t CountNibbles(ByteView packed) {
     std::uint64_t count = 0;
@@ -106,20 +191,10 @@ void DecodeDifferences(ByteView differences, ByteSpan samples) {
     std::uint8_t last = kNoChange;
     std::size_t i = 0;
 #if defined(__SSE2__)
-    // Sixteen running sums at once: each byte takes in the one 1, 2, 4 and 8 places before it.
     const __m128i no_change = _mm_set1_epi8(kNoChange);
-    for (; count - i >= 16; i += 16) {
-        __m128i sums = _mm_loadu_si128(reinterpret_cast<const __m128i*>(differences.data() + i));
-        sums = _mm_sub_epi8(sums, no_change);
-        sums = _mm_add_epi8(sums, _mm_slli_si128(sums, 1));
-        sums = _mm_add_epi8(sums, _mm_slli_si128(sums, 2));
-        sums = _mm_add_epi8(sums, _mm_slli_si128(sums, 4));
-        sums = _mm_add_epi8(sums, _mm_slli_si128(sums, 8));
-        const auto total =
-            static_cast<std::uint8_t>(static_cast<unsigned>(_mm_extract_epi16(sums, 7)) >> 8U);
-        sums = _mm_add_epi8(sums, _mm_set1_epi8(static_cast<char>(last)));
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(samples.data() + i), sums);
-        last = Sum(last, total);
+    for (; count - i >= kWide; i += kWide) {
+        const __m128i changes = _mm_sub_epi8(LoadWide(differences.data() + i), no_change);
+        last = StoreRunningSums(changes, last, samples.data() + i);
     }
 #endif
     for (; i < count; ++i) {
@@ -135,9 +210,17 @@ std::size_t PackNibbles(ByteView differences, ByteSpan packed) {
     std::uint8_t* const to = packed.data();
     std::size_t read = 0;
     std::size_t written = 0;
-    // Always two bytes are stored, of which one or both stay: at most two bytes a difference, so
-    // there is room for both. Noise makes escapes unpredictable, hence no branch on them.
     while (read + 1 < differences.size()) {
+#if defined(__SSE2__)
+        if (differences.size() - read >= kWide) {
+            const WideStep step = PackWide(from + read, to + written);
+            read += step.read;
+            written += step.written;
+            continue;
+        }
+#endif
+        // Always two bytes are stored, of which one or both stay: at most two bytes a difference,
+        // so there is room for both. Noise makes escapes unpredictable, hence no branch on them.
         const unsigned high = kNibbles[from[read]];
         const unsigned low = kNibbles[from[read + 1]];
         const bool high_escapes = high == kEscape;
@@ -169,6 +252,15 @@ Decoded UnpackNibblesToSamples(ByteView packed, ByteSpan samples) {
     bool cut = false;
     // While two samples fit and the byte after a packed byte is there, nothing else need be asked.
     while (room - written >= 2 && packed.size() - at >= 2) {
+#if defined(__SSE2__)
+        // So many bytes are sure to give sixteen samples, over those that a step writes behind it.
+        if (packed.size() - at > 2 * kWide && room - written >= kWide) {
+            const WideStep step = UnpackWide(packed.data() + at, last, samples.data() + written);
+            at += step.read;
+            written += step.written;
+            continue;
+        }
+#endif
         const NibblePair pair = kNibblePairs[packed[at]];
         if (pair.kind == Kind::TwoChanges) {
             samples[written] = Sum(last, pair.first_change);

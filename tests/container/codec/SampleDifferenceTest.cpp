@@ -91,13 +91,13 @@ TEST(Nibbles, RestoreEverySignalAtEveryLength) {
 TEST(Nibbles, OfAnyBytesFillNoMoreThanTheRecordAndSayWhatTheyDescribe) {
     std::mt19937 random{18};
     for (int round = 0; round < 5000; ++round) {
-        Bytes packed(random() % 24);
+        Bytes packed(random() % 80);
         for (std::uint8_t& byte : packed) {
             byte = static_cast<std::uint8_t>(
                 random() % 3 == 0 ? random() % 2 * 0x80 + random() % 2 * 8 : random());
         }
         const Bytes described = yardstick::PlainUnpackNibbles(packed);
-        const Bytes record(random() % 40, 99);
+        const Bytes record(random() % 120, 99);
         Bytes samples = record;
         const Decoded decoded = UnpackNibblesToSamples(packed, samples);
         ASSERT_EQ(decoded.described, described.size());
