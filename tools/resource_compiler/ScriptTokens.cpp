@@ -80,7 +80,8 @@ private:
         }
         if (in_comment_) Fail("a comment is not closed");
         if (conditions_.size() != outer_conditions) Fail("#endif is missing");
-        if (!Failed()) here_ = includer;
+        // The script's own last line is where its end is found too early.
+        if (depth > 0 && !Failed()) here_ = includer;
     }
 
     void ReadLine(std::string_view line, int depth) {
