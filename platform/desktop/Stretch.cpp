@@ -158,26 +158,30 @@ Blend BlendFor(const Axis& axis, int target) {
     return blend;
 }
 
-// Adds a source row, weighted, to the sums: three channels a pixel.
-void AddRow(std::span<const std::uint32_t> row, float weight, std::span<float> sums) {
+// Blue, green, red and unused: one pixel's channels side by side.
+using FourBytes [[gnu::vector_size(4)]] = std::uint8_t;
+using FourNumbers [[gnu::vector_size(16)]] = std::int32_t;
+using Channels [[gnu::vector_size(16)]] = float;
+
+// Adds a source row, weighted, to the sums.
+void AddRow(std::span<const std::uint32_t> row, float weight, std::span<Channels> sums) {
     for (std::size_t i = 0; i < row.size(); ++i) {
-        const std::uint32_t pixel = row[i];
-        sums[3 * i] += weight * static_cast<float>(pixel & 0xFFU);
-        sums[3 * i + 1] += weight * static_cast<float>(pixel >> 8U & 0xFFU);
-        sums[3 * i + 2] += weight * static_cast<float>(pixel >> 16U & 0xFFU);
+        FourBytes bytes;
+        std::memcpy(&bytes, &row[i], sizeof(bytes));
+        const auto numbers = __builtin_convertvector(bytes, FourNumbers);
+        sums[i] += weight * __builtin_convertvector(numbers, Channels);
     }
 }
 
-std::uint32_t BlendPixel(const Blend& blend, int sums_first, std::span<const float> sums) {
-    float channels[3] = {0.5F, 0.5F, 0.5F}; // to the nearest
-    std::size_t at = static_cast<std::size_t>(blend.first - sums_first) * 3;
-    for (const float weight : blend.weights) {
-        for (float& channel : channels)
-            channel += weight * sums[at++];
-    }
+std::uint32_t BlendPixel(const Blend& blend, int sums_first, std::span<const Channels> sums) {
+    Channels channels{0.5F, 0.5F, 0.5F, 0.5F}; // to the nearest
+    std::size_t at = static_cast<std::size_t>(blend.first - sums_first);
+    for (const float weight : blend.weights)
+        channels += weight * sums[at++];
+    // The weights of a pixel add up to 1, but for rounding: 255.5 at most, and a little.
     std::uint32_t pixel = 0xFF000000U;
     for (unsigned i = 0; i < 3; ++i) {
-        const auto value = static_cast<std::uint32_t>(std::clamp(channels[i], 0.0F, 255.0F));
+        const auto value = static_cast<std::uint32_t>(std::min(channels[i], 255.0F));
         pixel |= value << (8U * i);
     }
     return pixel;
@@ -195,10 +199,10 @@ void StretchSmooth(QImage& target, const QRect& drawn, const Axis& horizontal, c
         end = std::max(end, column.first + static_cast<int>(column.weights.size()));
     }
     std::vector<std::uint32_t> row(static_cast<std::size_t>(end - first));
-    std::vector<float> sums(row.size() * 3);
+    std::vector<Channels> sums(row.size());
     for (int y = drawn.top(); y <= drawn.bottom(); ++y) {
         const Blend rows = BlendFor(vertical, y);
-        std::ranges::fill(sums, 0.0F);
+        std::ranges::fill(sums, Channels{});
         int source_y = rows.first;
         for (const float weight : rows.weights) {
             ExpandPixels(source, source.Row(source_y++), first, end - first, row.data());

@@ -119,7 +119,8 @@ int SetStretchBltMode(HDC dc, int mode);
 /// @param source_y  counted from the picture's bottom row for a bottom-up bitmap, else from its top
 /// @param bits      rows of the width and height that the header says, each filled to 4 bytes: no
 ///                  byte outside of them is read, and of a source outside of the picture nothing
-/// @return source rows drawn; 0 on failure or when nothing was drawn.
+/// @return how many of the source rows the picture has, also where the target is out of sight; 0 on
+/// failure.
 int StretchDIBits(HDC dc, int x, int y, int width, int height, int source_x, int source_y,
                   int source_width, int source_height, const void* bits, const BITMAPINFO* info,
                   UINT usage, DWORD operation);

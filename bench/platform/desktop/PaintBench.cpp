@@ -45,8 +45,9 @@ BITMAPINFO PictureInfo() {
 class BenchWindow {
 public:
     BenchWindow(int width, int height)
-        : surface_(std::make_shared<Surface>(reinterpret_cast<HWND>(std::uintptr_t{0x7001}),
-                                             QSize(width, height), OwnContext::Yes)) {
+        : surface_(std::make_shared<kelvo::desktop::Surface>(
+              reinterpret_cast<HWND>(std::uintptr_t{0x7001}), QSize(width, height),
+              OwnContext::Yes)) {
         RegisterSurface(surface_);
         dc_ = GetDC(surface_->Window());
     }
