@@ -5,6 +5,7 @@
 #include "platform/desktop/Window.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstring>
 #include <unordered_map>
 
@@ -74,7 +75,11 @@ QSize Surface::Size() {
 void Surface::CopyTo(QPainter& painter, const QRect& area) {
     const std::lock_guard lock(mutex_);
     const QRect copied = area & image_.rect();
-    if (!copied.isEmpty()) painter.drawImage(copied.topLeft(), image_, copied);
+    if (copied.isEmpty()) return;
+    // On a screen of finer pixels by a fraction, whole pixels would differ in width.
+    const double ratio = painter.device()->devicePixelRatio();
+    painter.setRenderHint(QPainter::SmoothPixmapTransform, ratio != std::floor(ratio));
+    painter.drawImage(copied.topLeft(), image_, copied);
 }
 
 QImage Surface::Snapshot() {
