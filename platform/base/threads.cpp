@@ -44,11 +44,13 @@ Registry& Threads() {
     return *registry;
 }
 
-std::shared_ptr<ThreadObject> NewThreadObject(bool ours) {
+std::shared_ptr<ThreadObject> NewThreadObject(bool ours, DWORD suspended_flag) {
     auto thread = std::make_shared<ThreadObject>();
     const std::scoped_lock lock{WaitMutex()};
     thread->id = ++Threads().last_id;
     thread->ours = ours;
+    thread->suspend_count = suspended_flag != 0 ? 1 : 0;
+    thread->attention = suspended_flag != 0;
     Threads().threads.emplace(thread->id, thread);
     return thread;
 }
@@ -161,7 +163,7 @@ int NiceLevel(int priority) {
 
 ThreadObject& CurrentThreadObject() {
     if (current == nullptr) {
-        BeginCurrent(*NewThreadObject(false)); // the registry holds it
+        BeginCurrent(*NewThreadObject(false, 0)); // the registry holds it
         thread_local const ForeignThreadEnd end_with_thread;
         std::ignore = &end_with_thread;
     }
@@ -199,12 +201,8 @@ HANDLE CreateThread(SECURITY_ATTRIBUTES*, SIZE_T stack_size, LPTHREAD_START_ROUT
         SetLastError(ERROR_INVALID_PARAMETER);
         return nullptr;
     }
-    const auto thread = kelvo::platform::NewThreadObject(true);
-    if ((flags & CREATE_SUSPENDED) != 0) {
-        thread->suspend_count = 1;
-        thread->attention = true;
-    }
-    const DWORD thread_id = thread->id;
+    const auto thread = kelvo::platform::NewThreadObject(true, flags & CREATE_SUSPENDED);
+    if (id != nullptr) *id = thread->id; // before the thread runs, which may look at it
     const int failure = kelvo::platform::StartSystemThread(
         stack_size, std::make_unique<kelvo::platform::Start>(thread, start, argument));
     if (failure != 0) {
@@ -213,7 +211,6 @@ HANDLE CreateThread(SECURITY_ATTRIBUTES*, SIZE_T stack_size, LPTHREAD_START_ROUT
         SetLastError(ERROR_NOT_ENOUGH_MEMORY);
         return nullptr;
     }
-    if (id != nullptr) *id = thread_id;
     return kelvo::platform::AddHandle(thread);
 }
 

@@ -68,12 +68,13 @@ TEST(Threads, RunTheirRoutineAndKeepItsResult) {
 
 TEST(Threads, StartThroughTheRuntimeToo) {
     unsigned id = 0;
-    const auto started = _beginthreadex(
-        nullptr, 0, [](void* argument) { return *static_cast<unsigned*>(argument) + 1; }, &id, 0,
-        &id);
+    unsigned argument = 6;
+    const auto start = [](void* number) { return *static_cast<unsigned*>(number) + 1; };
+    const auto started = _beginthreadex(nullptr, 0, start, &argument, 0, &id);
     ASSERT_NE(started, 0U);
     const HANDLE thread = reinterpret_cast<HANDLE>(started);
-    EXPECT_GE(EndOf(thread), 1U);
+    EXPECT_EQ(EndOf(thread), 7U);
+    EXPECT_NE(id, 0U);
     CloseHandle(thread);
     EXPECT_EQ(_beginthreadex(nullptr, 0, nullptr, nullptr, 0, nullptr), 0U);
     EXPECT_EQ(CreateThread(nullptr, 0, nullptr, nullptr, 0, nullptr), nullptr);
