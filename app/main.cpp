@@ -6,7 +6,6 @@
 #include "platform/base/resources.h"
 #include "platform/desktop/Desktop.h"
 #include "platform/sound/wave.h"
-#include "resources/KelvoResources.h"
 
 #include <cstdio>
 
@@ -40,7 +39,6 @@ int main(int argument_count, char** arguments) {
     const kelvo::CString file_name = kelvo::FileNameFrom(argument_count, arguments);
     if (!kelvo::platform::StartDesktop(kProgramName)) return 0;
     const HINSTANCE instance = GetModuleHandleA(nullptr);
-    kelvo::RegisterKelvoResources(instance);
     const int exit_code = RunPlayer(instance, file_name);
     kelvo::platform::EndDesktop();
     return exit_code;

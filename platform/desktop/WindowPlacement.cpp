@@ -78,9 +78,14 @@ RECT NewRect(const RECT& old, int x, int y, int width, int height, UINT flags) {
 
 void SetTopmost(HWND window, bool topmost) {
     const WindowView* view = ViewOf(window);
-    if (view == nullptr || !view->frame || view->frame->windowHandle() == nullptr) return;
-    // Changing the widget's own flags would hide the window.
-    view->frame->windowHandle()->setFlag(Qt::WindowStaysOnTopHint, topmost);
+    if (view == nullptr || !view->frame) return;
+    // Changing the widget's own flags would hide a window that is shown; behind the back of one
+    // that is not shown yet, the widget would not come to be shown at all.
+    if (view->frame->isVisible()) {
+        view->frame->windowHandle()->setFlag(Qt::WindowStaysOnTopHint, topmost);
+    } else {
+        view->frame->setWindowFlag(Qt::WindowStaysOnTopHint, topmost);
+    }
     LockedWindows windows;
     if (WindowData* data = windows.Find(window)) {
         data->extended_style =
