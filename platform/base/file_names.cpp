@@ -3,6 +3,7 @@
 #include "platform/base/file_calls.h"
 
 #include <dirent.h>
+#include <limits.h>
 #include <wctype.h>
 
 #include <algorithm>
@@ -118,11 +119,13 @@ std::optional<std::string> ExistingFileName(std::string_view name) {
         errno = ENOENT;
         return std::nullopt;
     }
+    if (name.size() >= PATH_MAX) { // which also bounds how deep the search goes
+        errno = ENAMETOOLONG;
+        return std::nullopt;
+    }
     std::string literal{name};
     if (Exists(literal)) return literal;
     const int reason = errno;
-    // What is too long or may not be looked at is so in every spelling.
-    if (reason != ENOENT && reason != ENOTDIR) return std::nullopt;
     auto found = FindBelow(IsSeparator(name.front()) ? "/" : "", name);
     if (!found) errno = reason;
     return found;

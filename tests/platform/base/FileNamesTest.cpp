@@ -4,6 +4,7 @@
 
 #include "platform/base/paths.h"
 
+#include <algorithm>
 #include <cerrno>
 
 using namespace kelvo::platform;
@@ -64,6 +65,17 @@ TEST_F(FileNames, AFolderThatLeadsNowhereIsNotTheEndOfTheSearch) {
     Make("Dir/film.kva");
     EXPECT_EQ(Found("dir/FILM.kva"), "Dir/film.kva");
     EXPECT_EQ(Found("DIR/film.kva"), "Dir/film.kva");
+}
+
+TEST_F(FileNames, ALongPathOfBackslashesIsNoLongComponent) {
+    std::string path;
+    for (int i = 0; i < 5; ++i) {
+        path += std::string(100, 'd') + '/';
+    }
+    Make(path + "film.kva");
+    std::string asked = path + "FILM.KVA";
+    std::ranges::replace(asked, '/', '\\');
+    EXPECT_EQ(Found(asked), path + "film.kva");
 }
 
 TEST_F(FileNames, ANewFileTakesItsNameAsItStandsInTheFolderThatIsThere) {
