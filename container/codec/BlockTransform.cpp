@@ -27,6 +27,9 @@ constexpr double kLargestScale = 1099511627776.0;
 
 constexpr float kCentre = 127.0F;
 
+constexpr double kInt64Limit = 9223372036854775808.0;
+constexpr double kInt32Safe = 2147480000.0; ///< with the centre added it still fits into 32 bits
+
 void LoadBlock(ByteView samples, std::span<float> array) {
     const std::uint8_t* const from = samples.data();
     float* const to = array.data();
@@ -39,8 +42,7 @@ void LoadBlock(ByteView samples, std::span<float> array) {
 
 /// An overshoot wraps, as it always did; what no 64-bit integer holds becomes 0.
 std::uint8_t LowByteOf(double value) {
-    constexpr double kLimit = 9223372036854775808.0;
-    if (!(std::abs(value) < kLimit)) return 0;
+    if (!(std::abs(value) < kInt64Limit)) return 0;
     return static_cast<std::uint8_t>(static_cast<std::int64_t>(value));
 }
 
@@ -49,18 +51,16 @@ void StoreBlock(std::span<float> array, ByteSpan samples) {
     const float* const from = array.data();
     std::uint8_t* const to = samples.data();
     const double factor = 2.0 / static_cast<double>(array.size());
-    constexpr auto kOffset = static_cast<double>(kCentre);
     // What fits into 32 bits, and all honest sound does, is cut many at a time.
-    constexpr double kFits = 2147480000.0;
-    if (LargestMagnitude(array.first(samples.size())) * factor < kFits) {
+    if (LargestMagnitude(array.first(samples.size())) * factor < kInt32Safe) {
         for (std::size_t i = 0; i < samples.size(); ++i) {
-            to[i] =
-                static_cast<std::uint8_t>(static_cast<std::int32_t>(from[i] * factor + kOffset));
+            to[i] = static_cast<std::uint8_t>(
+                static_cast<std::int32_t>(from[i] * factor + double{kCentre}));
         }
         return;
     }
     for (std::size_t i = 0; i < samples.size(); ++i) {
-        to[i] = LowByteOf(from[i] * factor + kOffset);
+        to[i] = LowByteOf(from[i] * factor + double{kCentre});
     }
 }
 

@@ -15,7 +15,7 @@ namespace kelvo::codec {
 
 namespace {
 
-// These two constants differ from twice each other in their last bits, and those bits are heard.
+// The full turn is not quite twice the half turn: their last digits reach the decoded samples.
 constexpr double kHalfTurn = 3.141592653589793;
 constexpr double kFullTurn = 6.28318530717959;
 
@@ -59,8 +59,8 @@ struct Tables {
     std::array<double, kCount> butterfly_sines;
     std::array<double, kCount> mirror_cosines; ///< those of q mirror pairs at offset q
     std::array<double, kCount> mirror_sines;
-    std::array<std::uint16_t, kCount / 2>
-        reversed; ///< the numbers below q with their bits reversed at q
+    /// The numbers below q with their bits reversed, at offset q.
+    std::array<std::uint16_t, kCount / 2> reversed;
 
     std::mutex making;
     std::atomic<std::size_t> prepared{1}; ///< transforms up to this size can run
@@ -98,11 +98,12 @@ void PrepareTables(std::size_t size) {
     }
 }
 
+constexpr std::size_t kPiece = 256;
+
 /// Calls work(first, count, twiddles) until `count` twiddles of a walk are used up, for those that
 /// no table holds.
 template <class Work>
 void WalkInPieces(TwiddleWalk walk, std::size_t count, Work work) {
-    constexpr std::size_t kPiece = 256;
     std::array<double, kPiece> cosines;
     std::array<double, kPiece> sines;
     for (std::size_t first = 0; first < count; first += kPiece) {
@@ -186,7 +187,7 @@ std::size_t ReverseBits(std::size_t number, std::size_t count) {
 
 void ForwardTransform(std::span<float> array, const TransformKernels& given) {
     assert(std::has_single_bit(array.size()));
-    if (array.size() < 2) return;
+    if (array.size() < 2 || !std::has_single_bit(array.size())) return;
     PrepareTables(array.size());
     const std::size_t complex_count = array.size() / 2;
     const TransformKernels& kernels = KernelsFor(complex_count, given);
@@ -199,7 +200,7 @@ void ForwardTransform(std::span<float> array, const TransformKernels& given) {
 
 void InverseTransform(std::span<float> array, const TransformKernels& given) {
     assert(std::has_single_bit(array.size()));
-    if (array.empty()) return;
+    if (!std::has_single_bit(array.size())) return;
     const float constant = array[0];
     if (array.size() == 1) {
         array[0] = 0.5F * constant;
