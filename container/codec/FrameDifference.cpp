@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cassert>
-#include <cstring>
 
 namespace kelvo::codec {
 
@@ -85,7 +84,7 @@ public:
     }
     void Copy(const std::uint8_t* pixels, std::size_t count) {
         const std::size_t fitting = Fitting(count);
-        if (fitting != 0) std::memcpy(Next(), pixels, fitting * kPixelBytes);
+        if (fitting != 0) CopyPixels(Next(), pixels, fitting);
         covered_ += count;
     }
     Decoded Result() const { return DecodedPixels(covered_ * kPixelBytes, frame_); }

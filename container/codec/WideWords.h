@@ -56,4 +56,23 @@ inline void FillPixels(std::uint8_t* to, std::uint16_t pixel, std::size_t count)
     StoreLittleWord(last, word); // overlaps the one before where the count asks for it
 }
 
+/// Copies `count` pixels and writes nothing beyond them; most counts in a picture are small.
+inline void CopyPixels(std::uint8_t* to, const std::uint8_t* from, std::size_t count) {
+    constexpr std::size_t kPixelsPerWord = 4;
+    constexpr std::size_t kFewPixels = 32;
+    if (count > kFewPixels) {
+        std::memcpy(to, from, 2 * count);
+    } else if (count >= kPixelsPerWord) {
+        const std::size_t last = 2 * (count - kPixelsPerWord);
+        for (std::size_t at = 0; at < last; at += sizeof(std::uint64_t)) {
+            StoreLittleWord(to + at, LoadLittleWord(from + at));
+        }
+        StoreLittleWord(to + last, LoadLittleWord(from + last));
+    } else if (count > 0) {
+        std::memcpy(to, from, 2);
+        std::memcpy(to + 2 * (count >> 1U), from + 2 * (count >> 1U), 2);
+        std::memcpy(to + 2 * (count - 1), from + 2 * (count - 1), 2);
+    }
+}
+
 } // namespace kelvo::codec
