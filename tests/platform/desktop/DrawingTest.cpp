@@ -5,6 +5,9 @@
 
 #include <gtest/gtest.h>
 
+#include <QGuiApplication>
+#include <QScreen>
+
 #include <algorithm>
 #include <cstring>
 
@@ -238,8 +241,9 @@ TEST(ScreenContexts, MeasureButDoNotDraw) {
     EXPECT_EQ(CreateDCA("PRINTER", nullptr, nullptr, nullptr), nullptr);
     EXPECT_EQ(CreateDCA(nullptr, nullptr, nullptr, nullptr), nullptr);
     const HDC dc = CreateDCA("DISPLAY", nullptr, nullptr, nullptr);
-    EXPECT_EQ(GetDeviceCaps(dc, HORZRES), 800);
-    EXPECT_EQ(GetDeviceCaps(dc, VERTRES), 800);
+    const QSize screen_size = QGuiApplication::primaryScreen()->size();
+    EXPECT_EQ(GetDeviceCaps(dc, HORZRES), screen_size.width());
+    EXPECT_EQ(GetDeviceCaps(dc, VERTRES), screen_size.height());
     EXPECT_EQ(GetDeviceCaps(dc, BITSPIXEL), 32);
     EXPECT_EQ(GetDeviceCaps(dc, LOGPIXELSX), 96);
     EXPECT_EQ(GetDeviceCaps(dc, 12345), 0);
