@@ -71,13 +71,18 @@ bool ZFilekel::DeleteRecords(int first, int end) {
     return true;
 }
 
+/// The opening state into the file; where that fails, the next opening does it.
+void ZFilekel::GiveChangesUp() {
+    if (undo_.IsSaved() && RestoreOpening()) undo_.Remove();
+}
+
 void ZFilekel::AbandonChanges() {
     if (mode_ == Mode::Closed) return;
     if (mode_ == Mode::New) {
         CloseFile();
         platform::CurrentFileCalls().unlink(system_name_.c_str());
-    } else if (undo_.IsSaved()) {
-        if (RestoreOpening()) undo_.Remove(); // else the next opening finds it
+    } else {
+        GiveChangesUp();
     }
     Shut(true);
 }

@@ -90,7 +90,27 @@ bool ZFilekel::ReadStored(StoredRecord& stored) {
     } else if (mode_ != Mode::IndexRebuild) { // which has no index yet
         Fail(Fault::Mismatch, stored.file_offset);
     }
-    return true;
+    return start != EntryOffset() || FollowIndex(stored);
+}
+
+/// Where the index has the current record, if the entry agrees with itself: its side block ends
+/// where the next record begins. Otherwise -1.
+std::int64_t ZFilekel::EntryOffset() {
+    if (current_record_ >= index_.Count()) return -1;
+    const std::uint64_t side_end =
+        std::uint64_t{index_.SidePosition(current_record_)} + SideLength();
+    const bool sound = side_end == index_.RecordOffset(current_record_ + 1) &&
+                       side_end <= static_cast<std::uint64_t>(Size());
+    return sound ? std::int64_t{index_.RecordOffset(current_record_)} : -1;
+}
+
+/// Where a record whose length is damaged has its side block, and where the next one begins, the
+/// index knows better.
+bool ZFilekel::FollowIndex(StoredRecord& stored) {
+    const ByteSpan side =
+        frame_buffer_.Span().subspan(kStoredLengthBytes + stored.available, SideLength());
+    stored.side_available = Seek(index_.SidePosition(current_record_)) && ReadAll(side);
+    return stored.side_available || Fail(Fault::Unreadable, stored.file_offset);
 }
 
 void ZFilekel::TakeSideBlock(const StoredRecord& stored) {
@@ -117,22 +137,13 @@ bool ZFilekel::DecodeStored(const StoredRecord& stored) {
     return sound || ErrorBox(kCorruptFile);
 }
 
-/// Where a damaged record ends, the index knows better than the record.
-bool ZFilekel::FollowIndexAfter(const StoredRecord& stored) {
-    if (stored.as_indexed || current_record_ >= index_.Count()) return true;
-    if (RecordFileOffset(current_record_) != stored.file_offset) return true;
-    const std::uint32_t next = index_.RecordOffset(current_record_ + 1);
-    if (next <= index_.RecordOffset(current_record_)) return true;
-    return Seek(next) || Fail(Fault::Unreadable, stored.file_offset);
-}
-
 /// The record at the position; its number is current_record_.
 bool ZFilekel::ReadHere() {
     if (!CanCode() && !IsRaw(header_)) return Fail(Fault::BadValue, FileOffset());
     StoredRecord stored;
     if (!ReadStored(stored)) return false;
     TakeSideBlock(stored);
-    if (!DecodeStored(stored) && !FollowIndexAfter(stored)) return false;
+    DecodeStored(stored);
     ++current_record_;
     return true;
 }

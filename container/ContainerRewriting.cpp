@@ -14,6 +14,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace kelvo {
 
@@ -163,6 +164,16 @@ bool ZFilekel::PutInPlace(RewriteTarget& target, const std::string& name) {
     return false;
 }
 
+/// Closes the old file, as it was when it was opened, and puts the new one in its place.
+void ZFilekel::ReplaceBy(RewriteTarget& target) {
+    // A new file is not deleted, as abandoning would: its records are all in the other one.
+    if (mode_ != Mode::New) GiveChangesUp();
+    UndoFile undo = std::move(undo_);
+    const std::string name = system_name_;
+    Shut(true);
+    if (PutInPlace(target, name)) undo.Remove();
+}
+
 bool ZFilekel::RecompressOnClose(bool with_dialog) {
     if (mode_ == Mode::Closed) return false;
     std::unique_ptr<ProgressDisplay> dialog;
@@ -188,10 +199,8 @@ bool ZFilekel::RecompressOnClose(bool with_dialog) {
         last_error_ = error;
         return false;
     }
-    const std::string system_name = system_name_;
-    AbandonChanges();
     last_error_ = {};
-    PutInPlace(target, system_name);
+    ReplaceBy(target);
     return true;
 }
 
@@ -203,15 +212,9 @@ bool ZFilekel::Recompress(const RewriteParameters& parameters, ProgressOwner* ow
     if (error.fault != Fault::None) return FailRewrite(target, error);
 
     const CString name = FileName();
-    const std::string system_name = system_name_;
     const std::optional<FilmTrack> film = film_;
     const std::uint32_t type = Changed(header_, parameters).CompressionType;
-    if (mode_ == Mode::New) {
-        Shut(true); // its records are in the new file: there is nothing to give up
-    } else {
-        AbandonChanges();
-    }
-    PutInPlace(target, system_name);
+    ReplaceBy(target);
     if (film) return OpenForRead(name, film->selector);
     const bool differential = codec::CodingType(static_cast<int>(type)).differential;
     return differential ? OpenForRead(name) : OpenExisting(name);
@@ -227,10 +230,8 @@ bool ZFilekel::RecompressFile(const CString& name, const RewriteParameters& para
         FailRewrite(target, error);
         return Shut(false);
     }
-    const std::string system_name = system_name_;
     last_error_ = {};
-    Shut(true);
-    PutInPlace(target, system_name);
+    ReplaceBy(target);
     return true;
 }
 

