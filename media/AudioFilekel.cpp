@@ -36,6 +36,7 @@ AudioFilekel::~AudioFilekel() {
 }
 
 bool AudioFilekel::OpenForRead(const CString& name) {
+    if (IsTrackOpen()) return false;
     header_error_ = {};
     if (VorbisFilekel::IsVorbisFile(name)) return OpenVorbis(name);
     return ZFilekel::OpenForRead(name, 'A') && TakeHeader();
@@ -67,6 +68,7 @@ bool AudioFilekel::OpenVorbis(const CString& name) {
 }
 
 bool AudioFilekel::OpenExisting(const CString& name) {
+    if (IsTrackOpen()) return false;
     header_error_ = {};
     if (VorbisFilekel::IsVorbisFile(name)) {
         return ErrorBox(kCannotEditVorbisText, Caption{kOpenExistingCaption});
@@ -95,6 +97,7 @@ bool AudioFilekel::TakeHeader() {
 
 bool AudioFilekel::Create(const CString& name, int type, std::uint32_t sample_rate,
                           std::uint32_t bytes_per_sample, std::uint32_t frames_per_second) {
+    if (IsTrackOpen()) return false;
     header_ = BuildWaveFormat(sample_rate, bytes_per_sample, frames_per_second);
     if (type == kVorbisType) return ErrorBox(kMakeVorbisFromTrackText);
     header_error_ = CheckAudioHeader(header_);

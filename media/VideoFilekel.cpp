@@ -34,10 +34,12 @@ FrameSide ParseSide(ByteView side) {
 VideoFilekel::~VideoFilekel() = default;
 
 bool VideoFilekel::OpenForRead(const CString& name) {
+    header_error_ = {};
     return ZFilekel::OpenForRead(name, 'V') && TakeHeader();
 }
 
 bool VideoFilekel::OpenExisting(const CString& name) {
+    header_error_ = {};
     return ZFilekel::OpenExisting(name) && TakeHeader();
 }
 

@@ -97,7 +97,7 @@ TEST(BitmapObject, HoldsAWholeBmpFile) {
     bitmap.Free();
     EXPECT_FALSE(bitmap.HasImage());
     EXPECT_EQ(copy.Pixels()[23], 23);
-    EXPECT_EQ(copy.Info()->bmiHeader.biWidth, 3);
+    EXPECT_EQ(LONG{copy.Info()->bmiHeader.biWidth}, 3);
 }
 
 TEST(BitmapObject, CountsRowsFromTheTopInABottomUpImage) {
@@ -144,7 +144,7 @@ TEST(BitmapObject, TakesPackedPixelsWhoseSizeWasLeftOut) {
     NewCBitmaplum bitmap;
     ASSERT_TRUE(bitmap.CreateByPackedData(Joined({InfoHeader(3, 2, 24, 0), SmallPixels()})));
     EXPECT_EQ(bitmap.PixelLength(), 24U);
-    EXPECT_EQ(bitmap.Info()->bmiHeader.biSizeImage, 24U);
+    EXPECT_EQ(DWORD{bitmap.Info()->bmiHeader.biSizeImage}, 24U);
 }
 
 TEST(BitmapObject, RefusesAPackedBlockThatIsShorterThanItsHeaderSays) {
@@ -210,8 +210,8 @@ TEST(BitmapConversion, Packs24BitPixelsInTheSameBlock) {
     EXPECT_EQ(pixel_at(1, 0), 0x03E0U);
     EXPECT_EQ(pixel_at(2, 0), 0x4210U);
     EXPECT_EQ(bitmap.Stride(), 8U);
-    EXPECT_EQ(bitmap.Info()->bmiHeader.biSizeImage, 16U);
-    EXPECT_EQ(bitmap.Info()->bmiHeader.biBitCount, 16);
+    EXPECT_EQ(DWORD{bitmap.Info()->bmiHeader.biSizeImage}, 16U);
+    EXPECT_EQ(WORD{bitmap.Info()->bmiHeader.biBitCount}, 16);
     EXPECT_EQ(bitmap.FileImage().size(), 14U + 40U + 16U);
     EXPECT_EQ(bitmap.PixelLength(), 16U);
 }

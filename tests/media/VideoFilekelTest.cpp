@@ -222,7 +222,7 @@ TEST(PictureSizes, ThatTheFileLeavesOutAreFilledIn) {
         VideoFilekel track;
         ASSERT_TRUE(track.OpenForRead(folder.Write("size.kvf", container.Build())));
         EXPECT_EQ(DWORD{track.GetBitmapInfo()->bmiHeader.biSizeImage}, kPictureBytes);
-        EXPECT_EQ(ParseVideoHeader(track.UserHeader()).Value().bitmap.biSizeImage,
+        EXPECT_EQ(DWORD{ParseVideoHeader(track.UserHeader()).Value().bitmap.biSizeImage},
                   size); // as stored
     }
 }
