@@ -91,15 +91,26 @@ bool VideoPlayerkel::TakeStop() {
 
 void VideoPlayerkel::BeginLoop() {
     SetThreadPriority(GetCurrentThread(), THREAD_PRIORITY_NORMAL);
-    Notify(NotifyStarted, track_.CurrentFrame(), track_.FrameCount());
+    Notify(NotifyStarted, CurrentFrame(), track_.FrameCount());
 }
 
 bool VideoPlayerkel::ReadNext(FrameSide& side) {
+    if (image_waits_.exchange(false)) {
+        side = waiting_side_;
+        return true;
+    }
     const std::lock_guard lock(picture_mutex_);
     return track_.ReadNextFrame(side);
 }
 
+// An image that was read but not shown when the film was stopped is the next one to be played.
+void VideoPlayerkel::KeepForNextPlay(const FrameSide& side) {
+    waiting_side_ = side;
+    image_waits_ = true;
+}
+
 bool VideoPlayerkel::ReadNumber(int frame, FrameSide& side) {
+    image_waits_ = false;
     const std::lock_guard lock(picture_mutex_);
     return track_.ReadFrame(frame, side);
 }
@@ -162,7 +173,10 @@ INT_PTR VideoPlayerkel::PlayNormalLoop(INT_PTR /*first*/, INT_PTR /*second*/, IN
             clock.Restarted();
         }
         bool restart = false;
-        if (WaitUntilDue(clock, side.SyncNumber, restart) == Step::Stopped) return 0;
+        if (WaitUntilDue(clock, side.SyncNumber, restart) == Step::Stopped) {
+            KeepForNextPlay(side);
+            return 0;
+        }
         if (restart) {
             clock.Restarted();
             if (!ReadNumber(0, side)) continue; // then the next read ends the film
@@ -191,8 +205,7 @@ INT_PTR VideoPlayerkel::SteppingForwardLoop(INT_PTR /*first*/, INT_PTR /*second*
     BeginLoop();
     const int images_per_second = track_.ImagesPerSecond();
     StepPacer pacer(static_cast<DWORD>(track_.PeriodMs()));
-    for (int frame = track_.CurrentFrame(); frame < track_.FrameCount();
-         frame += images_per_second) {
+    for (int frame = CurrentFrame(); frame < track_.FrameCount(); frame += images_per_second) {
         if (!ShowStep(frame)) return 1;
         for (DWORD delay = pacer.Delay(); delay != 0; delay = pacer.Delay()) {
             if (TakeStop()) return 0;
@@ -209,7 +222,7 @@ INT_PTR VideoPlayerkel::SequentialForwardLoop(INT_PTR /*first*/, INT_PTR /*secon
                                               INT_PTR /*third*/) {
     BeginLoop();
     FastForwardRate rate(track_.ImagesPerSecond());
-    const int first_frame = track_.CurrentFrame();
+    const int first_frame = CurrentFrame();
     while (true) {
         FrameSide side;
         if (!ReadNext(side)) return 1;
@@ -237,8 +250,7 @@ INT_PTR VideoPlayerkel::BackwardLoop(INT_PTR /*first*/, INT_PTR /*second*/, INT_
     BeginLoop();
     const int step = 2 * track_.ImagesPerSecond();
     StepPacer pacer(static_cast<DWORD>(1000 / step));
-    for (int frame = std::min(track_.CurrentFrame(), track_.FrameCount() - 1); frame >= 0;
-         frame -= step) {
+    for (int frame = std::min(CurrentFrame(), track_.FrameCount() - 1); frame >= 0; frame -= step) {
         if (!ShowStep(frame)) break;
         for (DWORD delay = pacer.Delay(); delay != 0; delay = pacer.Delay()) {
             if (TakeStop()) return 0;

@@ -63,7 +63,8 @@ VideoPlayerkel::~VideoPlayerkel() {
 bool VideoPlayerkel::OpenVideo(const CString& name) {
     if (!track_.OpenForRead(name)) return false;
     display_size_ = SIZE{track_.Width(), track_.Height()};
-    StepFrames(-track_.CurrentFrame());
+    image_waits_ = false;
+    StepFrames(0);
     frame_valid_ = true;
     return true;
 }
@@ -79,6 +80,7 @@ bool VideoPlayerkel::CloseVideo() {
     }
     if (IsRunning()) operation_.Kill(0);
     track_.Close();
+    image_waits_ = false;
     return true;
 }
 
@@ -178,29 +180,29 @@ bool VideoPlayerkel::FitToWindow() {
     return true;
 }
 
+// The track's buffer keeps the image that is shown, so that it can be painted again. Images that
+// build on one another would lose it if the track were put back in front of it.
 bool VideoPlayerkel::StepFrames(int delta) {
     EndLoop();
-    const bool moved = track_.GoToRecord(track_.CurrentFrame() + delta);
-    const int frame = track_.CurrentFrame();
-    FrameSide side;
-    track_.ReadFrame(frame, side);
-    track_.GoToRecord(frame);
+    const bool moved = track_.GoToRecord(CurrentFrame() + delta);
+    image_waits_ = false;
+    image_waits_ = track_.ReadNextFrame(waiting_side_);
     Redraw();
     return moved;
 }
 
 int VideoPlayerkel::AudioFrameOfCurrentImage(int audio_frames_per_second) {
     EndLoop();
-    const std::uint32_t sync_number = track_.CurrentSyncNumber();
+    const std::uint32_t sync_number = track_.SyncNumberOf(CurrentFrame());
     if (sync_number < kNeverLinked) return static_cast<int>(sync_number);
-    return static_cast<int>(std::int64_t{track_.CurrentFrame()} * audio_frames_per_second /
+    return static_cast<int>(std::int64_t{CurrentFrame()} * audio_frames_per_second /
                             track_.ImagesPerSecond());
 }
 
 // A film that starts inside an audio frame starts that frame's sound from its beginning: its images
 // then come as late in the frame as they would have come by themselves.
 DWORD VideoPlayerkel::ImagesBeforeInAudioFrame() {
-    const int current = std::min(track_.CurrentFrame(), track_.FrameCount() - 1);
+    const int current = std::min(CurrentFrame(), track_.FrameCount() - 1);
     const std::uint32_t sync_number = track_.SyncNumberOf(current);
     const int images_per_second = track_.ImagesPerSecond();
     DWORD before = 0;

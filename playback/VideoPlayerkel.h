@@ -84,8 +84,8 @@ public:
     int FrameCount() const { return track_.FrameCount(); }
     /// Images per second, 1 at least. Any thread.
     int nImgAlSec() const { return track_.ImagesPerSecond(); }
-    /// Number of the image that is read next. Any thread.
-    int CurrentFrame() const { return track_.CurrentFrame(); }
+    /// Number of the image that is played next: after a step, the one that is shown. Any thread.
+    int CurrentFrame() const { return track_.CurrentFrame() - (image_waits_ ? 1 : 0); }
     /// Number of the audio frame that belongs to the current image: its SyncNumber, or for a track
     /// that was never linked to sound, the frame of the same time. Ends a running loop.
     /// @param audio_frames_per_second  of the sound
@@ -109,6 +109,7 @@ private:
     void BeginLoop();
     bool TakeStop();
     bool ReadNext(FrameSide& side);
+    void KeepForNextPlay(const FrameSide& side);
     bool ReadNumber(int frame, FrameSide& side);
     Step WaitUntilDue(FilmClock& clock, std::uint32_t sync_number, bool& restart);
     Step FinishOrRestart(FilmClock& clock);
@@ -137,6 +138,9 @@ private:
     std::atomic<bool> held_ = false;
     std::atomic<SIZE> display_size_{};
     std::atomic<bool> stop_ = false; ///< raised by the UI thread, taken by the loop
+    // Whoever owns the track: the loop while one runs, else the UI thread.
+    std::atomic<bool> image_waits_ = false; ///< the current image is decoded and still to be played
+    FrameSide waiting_side_;
     // Fixed while a loop runs.
     AudioPlayerkel* m_pAudioPlayer = nullptr;
     HDC device_context_ = nullptr; ///< the view's own, obtained on first use and kept
