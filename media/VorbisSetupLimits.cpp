@@ -2,6 +2,7 @@
 
 #include <ogg/ogg.h>
 
+#include <algorithm>
 #include <bit>
 
 namespace kelvo::vorbis_setup {
@@ -80,8 +81,11 @@ bool CountCodebook(BitReader& bits, CodebookTotals& totals) {
     const std::uint32_t dimensions = bits.Read(16);
     const std::uint32_t entries = bits.Read(24);
     totals.entries += entries;
+    totals.largest = std::max(totals.largest, entries);
     // The decoder's search for the lattice never ends without a dimension.
-    if (dimensions == 0 || totals.entries > kMostEntries) return false;
+    if (dimensions == 0 || entries > kMostEntriesOfOne || totals.entries > kMostEntries) {
+        return false;
+    }
     SkipLengths(bits, entries);
     const std::uint32_t map_type = bits.Read(4);
     if (map_type == 0) return bits.Ok();

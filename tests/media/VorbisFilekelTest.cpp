@@ -530,6 +530,7 @@ Bytes CodebookPacket(std::uint32_t dimensions, std::uint32_t entries) {
 TEST(VorbisCodebooks, AreRefusedWhenAFewBytesAskForGigabytes) {
     EXPECT_TRUE(vorbis_setup::TablesStaySmall(CodebookPacket(1, 100)));
     EXPECT_FALSE(vorbis_setup::TablesStaySmall(CodebookPacket(1, 1U << 23U)));
+    EXPECT_FALSE(vorbis_setup::TablesStaySmall(CodebookPacket(1, 20000)));
     EXPECT_FALSE(vorbis_setup::TablesStaySmall(CodebookPacket(0, 100))); // no end of searching
     EXPECT_FALSE(vorbis_setup::TablesStaySmall({}));
     const Bytes packet = CodebookPacket(1, 100);
@@ -543,7 +544,8 @@ TEST(VorbisCodebooks, OfARealEncoderAreFarBelowTheLimits) {
             const auto totals =
                 vorbis_setup::CountCodebooks(SetupPacket(EncodedStream(sound, rate)));
             EXPECT_TRUE(totals.readable) << rate;
-            EXPECT_LT(totals.entries, vorbis_setup::kMostEntries / 4) << rate;
+            EXPECT_LT(totals.entries, vorbis_setup::kMostEntries / 3) << rate;
+            EXPECT_LT(totals.largest, vorbis_setup::kMostEntriesOfOne / 2) << rate;
             EXPECT_LT(totals.values, vorbis_setup::kMostValues / 4) << rate;
         }
     }
