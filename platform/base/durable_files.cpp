@@ -236,7 +236,8 @@ bool DurableTemporary::Finish(const std::string& permissions_of) {
     if (!file_.WriteAt(0, head_) || !file_.Sync()) return false;
     // The lock belongs to both handles; closing the first one says whether all data got through.
     held_ = ::fcntl(file_.Handle(), F_DUPFD_CLOEXEC, 0);
-    return held_ >= 0 && file_.Close();
+    finished_ = held_ >= 0 && file_.Close();
+    return finished_;
 }
 
 void DurableTemporary::CutTrailer() {
@@ -252,26 +253,28 @@ bool DurableTemporary::Placed(int result, const std::string& target) {
 }
 
 bool DurableTemporary::PutInPlaceOf(const std::string& target) {
-    if (held_ < 0) return false;
+    if (!finished_) return false;
     return Placed(
         Repeated([&] { return CurrentFileCalls().rename(Name().c_str(), target.c_str()); }),
         target);
 }
 
 bool DurableTemporary::PutAt(const std::string& new_name) {
-    if (held_ < 0) return false;
+    if (!finished_) return false;
     return Placed(
         Repeated([&] { return CurrentFileCalls().rename_new(Name().c_str(), new_name.c_str()); }),
         new_name);
 }
 
 void DurableTemporary::Keep() {
-    if (held_ < 0) return;
+    if (!finished_) return;
+    finished_ = false;
     CutTrailer();
     CurrentFileCalls().close(std::exchange(held_, -1));
 }
 
 void DurableTemporary::Discard() {
+    finished_ = false;
     const int handle = held_ >= 0 ? held_ : file_.Handle();
     if (handle >= 0 && NameMeans(file_.Name(), handle)) {
         CurrentFileCalls().unlink(file_.Name().c_str());

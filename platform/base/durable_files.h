@@ -105,6 +105,7 @@ private:
     std::uint8_t head_[kOwnMarkBytes] = {}; ///< the file's first bytes; the mark stands there
     std::uint64_t size_ = 0;
     int held_ = -1; ///< after Finish: keeps the lock
+    bool finished_ = false;
 };
 
 /// Waits until everything written to an open file is on the disk.
