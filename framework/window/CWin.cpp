@@ -88,9 +88,17 @@ bool CWin::HandleMessage(UINT message, WPARAM wparam, LPARAM lparam) {
     case WM_CLOSE:
         if (modal_running_) {
             end_requested_ = true;
+            end_result_ = lparam;
             modal_running_ = false;
         }
         return false; // the default procedure destroys the window
+    case kEndModalMessage:
+        // ProcessMessages or the loop of an open box may have taken it: the end is not lost with it.
+        if (modal_running_) {
+            end_requested_ = true;
+            end_result_ = lparam;
+        }
+        return false;
     case WM_ERASEBKGND:
         return OnEraseBackground(reinterpret_cast<HDC>(wparam));
     default:

@@ -161,6 +161,7 @@ private:
     bool end_requested_ = false;
     bool modal_running_ = false;
     bool anchored_ = false;
+    LPARAM end_result_ = 0; ///< lParam of the message that ended it, whichever loop took that
 };
 
 } // namespace kelvo

@@ -49,6 +49,7 @@ bool CWin::MayDispatch(const MSG& message, const CWin* owner,
 
 LPARAM CWin::ModalRun(CWin* owner) {
     end_requested_ = false;
+    end_result_ = 0;
     if (!HasWindow()) {
         lum.ProcessMessages();
         if (instance_ == nullptr) instance_ = lum.Instance();
@@ -66,7 +67,7 @@ LPARAM CWin::ModalRun(CWin* owner) {
         if (end_requested_ || is_end || !HasWindow()) {
             modal_running_ = false;
             if (HasWindow()) DestroyWindow(window_);
-            return message.lParam;
+            return end_result_;
         }
     }
 }

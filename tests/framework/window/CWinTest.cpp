@@ -215,6 +215,20 @@ TEST(ModalLoop, EndsWithTheResultAndDestroysTheWindow) {
     EXPECT_FALSE(window.HasWindow());
 }
 
+TEST(ModalLoop, EndsAlsoWhenAnotherLoopTakesItsEnd) {
+    NotingWindow window;
+    window.handler = [&window](UINT message, WPARAM, LPARAM) {
+        if (message == WM_CREATE) window.Post(WM_COMMAND, 0, 0);
+        if (message == WM_COMMAND) {
+            window.EndModal(7);
+            lum.ProcessMessages(); // as long work does between its steps
+        }
+        return false;
+    };
+    EXPECT_EQ(window.ModalRun(nullptr), 7);
+    EXPECT_FALSE(window.HasWindow());
+}
+
 TEST(ModalLoop, EndsWithZeroWhenTheWindowIsClosed) {
     NotingWindow window;
     window.handler = [&window](UINT message, WPARAM, LPARAM) {
