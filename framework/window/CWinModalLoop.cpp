@@ -63,6 +63,7 @@ LPARAM CWin::ModalRun(CWin* owner) {
         const bool is_quit = GetMessageA(&message, nullptr, 0, 0) == 0;
         if (!is_quit && MayDispatch(message, owner, owner_side)) Dispatch(message);
         const bool is_end = message.hwnd == window_ && message.message == kEndModalMessage;
+        if (is_end) end_result_ = message.lParam;
         // A window that somebody destroyed will never post its end.
         if (end_requested_ || is_end || !HasWindow()) {
             modal_running_ = false;
