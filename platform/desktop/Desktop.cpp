@@ -1,5 +1,6 @@
 #include "platform/desktop/Desktop.h"
 
+#include "platform/base/Immortal.h"
 #include "platform/base/message_boxes.h"
 #include "platform/desktop/Icons.h"
 #include "platform/desktop/MessageBoxes.h"
@@ -57,7 +58,10 @@ struct Application {
     MessageBoxHandler handler_before;
 };
 
-std::unique_ptr<Application> the_application; // UI thread only
+// A process that ends without EndDesktop leaves it: the toolkit's own statics go before ours, and
+// the application object does not survive them.
+Immortal<std::unique_ptr<Application>> application_slot;
+std::unique_ptr<Application>& the_application = *application_slot; // UI thread only
 bool was_started = false;
 std::atomic<bool> has_display{false};
 std::atomic<bool> platform_chosen{false};
