@@ -10,6 +10,11 @@ namespace kelvo::desktop {
 namespace {
 
 constexpr std::uint32_t kOpaque = 0xFF000000U;
+constexpr std::array kBitCounts{1, 4, 8, 16, 24, 32};
+// The longest header in use; a length beyond is a damaged one, and where it says that the palette
+// lies there is nothing.
+constexpr std::size_t kLongestHeader = 124;
+constexpr std::size_t kPixelsTogether = 8; ///< in the vectors that every 64-bit processor has
 
 /// What a header of either kind says.
 struct Header {
@@ -49,9 +54,8 @@ Header ReadHeader(const std::uint8_t* bytes) {
 }
 
 bool CanBeDrawn(const Header& header) {
-    constexpr std::array kBitCounts{1, 4, 8, 16, 24, 32};
-    return header.compression == BI_RGB && header.width > 0 && header.width <= INT_MAX / 32 &&
-           header.height != 0 && header.height > -INT_MAX &&
+    return header.length <= kLongestHeader && header.compression == BI_RGB && header.width > 0 &&
+           header.width <= INT_MAX / 32 && header.height != 0 && header.height > -INT_MAX &&
            std::ranges::find(kBitCounts, header.bit_count) != kBitCounts.end();
 }
 
@@ -87,8 +91,7 @@ DibView ViewFrom(const Header& header, const std::uint8_t* entries, const std::u
     return view;
 }
 
-// Eight pixels at once, in vectors that every 64-bit processor has.
-using EightWords [[gnu::vector_size(16)]] = std::uint16_t;
+using EightWords [[gnu::vector_size(kPixelsTogether * 2)]] = std::uint16_t;
 static_assert(std::endian::native == std::endian::little, "pixels and words are stored low first");
 
 /// The lower half of 0xffRRGGBB, green and blue, of one 5-5-5 pixel or of several side by side.
@@ -112,8 +115,8 @@ static_assert(Expand555(0x4210U) == 0xFF848484U);
 
 // Arithmetic, because a table of all pixels takes 128 KiB and pushes the picture from the cache.
 void Expand16(const std::uint8_t* in, std::size_t count, std::uint32_t* out) {
-    constexpr std::size_t kTogether = 8;
-    for (; count >= kTogether; count -= kTogether, in += sizeof(EightWords), out += kTogether) {
+    for (; count >= kPixelsTogether;
+         count -= kPixelsTogether, in += sizeof(EightWords), out += kPixelsTogether) {
         EightWords words;
         std::memcpy(&words, in, sizeof(words));
         const EightWords low = GreenBlueOf555(words);

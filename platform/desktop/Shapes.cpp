@@ -98,6 +98,8 @@ bool DrawLine(const DrawState& state, QPoint from, QPoint to) {
     });
 }
 
+constexpr int kFullTurn = 360 * 16;
+
 // Sixteenths of a degree, counter-clockwise from three o'clock, of the ray to a point, in the
 // circle that the ellipse is squeezed from.
 int AngleOf(const QRectF& ellipse, QPoint towards) {
@@ -180,7 +182,6 @@ BOOL Arc(HDC dc, int left, int top, int right, int bottom, int start_x, int star
     if (!state) return FALSE;
     const QRect area = MappedRect(state->mapping, left, top, right, bottom);
     const QRectF ellipse(OutlineOf(area));
-    constexpr int kFullTurn = 360 * 16;
     const int start = AngleOf(ellipse, MappedPoint(state->mapping, start_x, start_y));
     const int end = AngleOf(ellipse, MappedPoint(state->mapping, end_x, end_y));
     const int span = ((end - start) % kFullTurn + kFullTurn) % kFullTurn;

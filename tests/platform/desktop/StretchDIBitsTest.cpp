@@ -308,6 +308,8 @@ TEST(StretchDIBits, RefusesWhatItCannotDrawAndLeavesThePixelsAlone) {
     EXPECT_EQ(draw({4, 4, 16, 0, 1}), 0);
     EXPECT_EQ(draw({4, 4, 16, 0, BI_RGB, 39}), 0);
     EXPECT_EQ(draw({4, 4, 16, 0, BI_RGB, 0}), 0);
+    EXPECT_EQ(draw({4, 4, 8, 0, BI_RGB, 125}), 0);
+    EXPECT_EQ(draw({4, 4, 8, 0, BI_RGB, 0xFFFFFFFF}), 0);
 
     const Bytes good = Info({4, 4, 16});
     const auto call = [&](HDC where, int width, int height, int source_width, const void* pixels,
