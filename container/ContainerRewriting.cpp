@@ -68,6 +68,13 @@ ContainerHeader Changed(ContainerHeader header, const RewriteParameters& paramet
     return header;
 }
 
+/// The picture types code whole pixels of two bytes and leave the last byte of an odd record out.
+bool LosesBytes(const ContainerHeader& header) {
+    const codec::CompressionType& type =
+        codec::CodingType(static_cast<int>(header.CompressionType));
+    return type.codes_video && !type.codes_audio && header.RecordLength % 2 != 0;
+}
+
 bool Exists(const std::string& name) {
     struct stat status{};
     return platform::CurrentFileCalls().lstat(name.c_str(), &status) == 0;
@@ -96,6 +103,9 @@ Error ZFilekel::WriteRewritten(RewriteTarget& target, const RewriteParameters& p
     // Whoever edits this file at the moment would lose the edit.
     if (!platform::TryLock(Handle())) return {Fault::Busy, 0};
     const ContainerHeader header = Changed(header_, parameters);
+    if (RecordCount() > 0 && LosesBytes(header) && !LosesBytes(header_)) {
+        return {Fault::BadValue, 0};
+    }
     const ByteView user_header =
         parameters.user_header_size == 0 ? ByteView{user_header_.View()} : parameters.user_header;
     const auto kind = film_ ? RewriteTarget::Kind::Film : RewriteTarget::Kind::Track;

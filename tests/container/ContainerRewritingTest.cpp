@@ -182,6 +182,18 @@ TEST_F(Rewriting, NeverMakesDamageFinal) {
     EXPECT_THAT(Names(), ElementsAre("film.kvf"));
 }
 
+TEST_F(Rewriting, IntoATypeOfWholePixelsIsRefusedForOddRecords) {
+    MakeContainer(name_, {.type = 99, .record_length = 65});
+    const ByteVector before = FileBytes(name_);
+    for (const std::uint32_t type : {2U, 8U, 9U}) {
+        EXPECT_FALSE(file_.RecompressFile(name_.c_str(), {.compression_type = type}, nullptr));
+        EXPECT_EQ(file_.LastError().fault, Fault::BadValue);
+    }
+    EXPECT_EQ(FileBytes(name_), before);
+    EXPECT_TRUE(file_.RecompressFile(name_.c_str(), {.compression_type = 17}, nullptr));
+    EXPECT_EQ(RecordNumbersIn(name_), Range(10));
+}
+
 TEST_F(Rewriting, RefusesAUsersOwnFileOfTheTemporarysName) {
     MakeContainer(name_, {});
     const ByteVector before = FileBytes(name_);
