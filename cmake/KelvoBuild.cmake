@@ -25,8 +25,10 @@ if(KELVO_WERROR)
     target_compile_options(kelvo_options INTERFACE -Werror)
 endif()
 if(KELVO_SANITIZERS)
+    # The compiler's flow analysis misreads instrumented code and warns of what is initialised.
     target_compile_options(kelvo_options INTERFACE
-        -fsanitize=${KELVO_SANITIZERS} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+        -fsanitize=${KELVO_SANITIZERS} -fno-omit-frame-pointer -fno-sanitize-recover=all
+        -Wno-maybe-uninitialized)
     target_link_options(kelvo_options INTERFACE -fsanitize=${KELVO_SANITIZERS})
 endif()
 if(KELVO_COVERAGE)

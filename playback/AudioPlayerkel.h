@@ -33,7 +33,7 @@ public:
     bool OpenAudio(const CString& name);
     /// Starts where the track stands. Returns true and changes nothing while the device plays; a
     /// stop that is under way is waited for, so that stop and play in one step play.
-    /// @param video  whose thread ends with the sound; may be none
+    /// @param video  whose thread ends with the sound; may be none, else it lives until CloseAudio
     /// @return false when no track is open, or when there is no device (after a box; the track is
     ///         then closed)
     bool Play(VideoPlayerkel* video);

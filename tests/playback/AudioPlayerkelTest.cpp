@@ -255,6 +255,7 @@ protected:
         view_.SetPlacement(0, 0, 100, 100);
         ASSERT_EQ(view_.Create(), 1);
     }
+    void TearDown() override { player_.CloseAudio(); } // before the view that it may be linked to
     void OpenPicture(const VideoPlan& plan) {
         const CString name = folder_.Name("film.kvf");
         MakeVideo(name, plan);
