@@ -20,6 +20,9 @@ constexpr char kNotForVorbisText[] = "Operazione non consentita sui file Vorbis!
 constexpr char kMakeVorbisFromTrackText[] =
     "Per creare un Vorbis File occorre partire da un AudioFilekel esistente!";
 
+constexpr std::uint64_t kFrameBytesOffset = 12; // in the header
+constexpr std::uint64_t kVorbisHeaderOffset = kVorbisSignature.size() + VorbisDescription::kBytes;
+
 constexpr int kVorbisType = 69;
 constexpr std::uint32_t kRawType = 99;
 constexpr std::uint32_t kAudioCreator = 1;
@@ -44,27 +47,30 @@ bool AudioFilekel::OpenForRead(const CString& name) {
 
 bool AudioFilekel::OpenVorbis(const CString& name) {
     auto vorbis = std::make_shared<VorbisFilekel>();
-    bool opened = vorbis->OpenForRead(name, kAudioHeaderSize);
-    header_error_ = vorbis->LastError();
-    if (opened) {
-        const Result<AudioHeader> header = ParseAudioHeader(vorbis->HeaderBuffer());
-        header_error_ = header ? CheckAudioHeader(header.Value(), vorbis->Description().channels)
-                               : header.Why();
-        opened = header_error_.fault == Fault::None;
-        // Whoever plays asks this header how long a frame is, and takes it from the other's buffer.
-        const VorbisDescription& description = vorbis->Description();
-        if (opened && (header.Value().FrameBytes != description.FrameBytes ||
-                       header.Value().BytesPerSample != description.BytesPerSample)) {
-            header_error_ = {Fault::Mismatch, 12};
-            opened = false;
-        }
-        if (opened) header_ = header.Value();
+    const bool opened = vorbis->OpenForRead(name, kAudioHeaderSize);
+    header_error_ = opened ? TakeVorbisHeader(*vorbis) : vorbis->LastError();
+    if (header_error_.fault != Fault::None) {
+        return ErrorBox(kCannotOpenVorbisText, Caption{kOpenForReadCaption});
     }
-    if (!opened) return ErrorBox(kCannotOpenVorbisText, Caption{kOpenForReadCaption});
-    RepairWaveFormat(header_);
     vorbis_ = std::move(vorbis);
     std::ignore = SetCompressionType(kVorbisType, 0); // needs no length, so it cannot be refused
     return true;
+}
+
+Error AudioFilekel::TakeVorbisHeader(const VorbisFilekel& vorbis) {
+    const VorbisDescription& description = vorbis.Description();
+    const Result<AudioHeader> header = ParseAudioHeader(vorbis.HeaderBuffer());
+    Error error = header ? CheckAudioHeader(header.Value(), description.channels) : header.Why();
+    // Whoever plays asks this header how long a frame is, and takes it from the other's buffer.
+    if (error.fault == Fault::None &&
+        (header.Value().FrameBytes != description.FrameBytes ||
+         header.Value().BytesPerSample != description.BytesPerSample)) {
+        error = {Fault::Mismatch, kFrameBytesOffset};
+    }
+    if (error.fault != Fault::None) return {error.fault, error.offset + kVorbisHeaderOffset};
+    header_ = header.Value();
+    RepairWaveFormat(header_);
+    return {};
 }
 
 bool AudioFilekel::OpenExisting(const CString& name) {
@@ -84,7 +90,7 @@ bool AudioFilekel::TakeHeader() {
     const Result<AudioHeader> header = ParseAudioHeader(UserHeader());
     header_error_ = header ? CheckAudioHeader(header.Value()) : header.Why();
     if (header_error_.fault == Fault::None && header.Value().FrameBytes != RecordLength()) {
-        header_error_ = {Fault::Mismatch, 12};
+        header_error_ = {Fault::Mismatch, kFrameBytesOffset};
     }
     if (header_error_.fault != Fault::None) {
         std::ignore = ZFilekel::Close(); // nothing was changed
@@ -133,7 +139,7 @@ bool AudioFilekel::ReadNextAudioFrame(int& frame_number, std::uint32_t& capture_
 
 bool AudioFilekel::ReadAudioFrame(int frame, std::uint32_t& capture_time) {
     if (const auto vorbis = vorbis_) {
-        return vorbis->GoToFrame(frame) && vorbis->ReadNextFrame();
+        return frame >= 0 && vorbis->GoToFrame(frame) && vorbis->ReadNextFrame();
     }
     if (!ReadRecord(frame)) return false;
     capture_time = SideCaptureTime();

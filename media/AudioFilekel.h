@@ -25,12 +25,12 @@ public:
     ~AudioFilekel() override;
 
     /// The file's first bytes decide the form, never its name; of a .kva it is the sound.
-    bool OpenForRead(const CString& name);
+    [[nodiscard]] bool OpenForRead(const CString& name);
     /// Only a container of type 99 stays open; the Vorbis form is refused in a box.
-    bool OpenExisting(const CString& name);
+    [[nodiscard]] bool OpenExisting(const CString& name);
     /// A new track in container form; type 69 is refused in a box.
-    bool Create(const CString& name, int type, std::uint32_t sample_rate,
-                std::uint32_t bytes_per_sample, std::uint32_t frames_per_second);
+    [[nodiscard]] bool Create(const CString& name, int type, std::uint32_t sample_rate,
+                              std::uint32_t bytes_per_sample, std::uint32_t frames_per_second);
     bool Close();
 
     /// @param frame_number  one more than the number of the frame that was read; NoFrameIndex when
@@ -41,8 +41,8 @@ public:
     bool ReadAudioFrame(int frame, std::uint32_t& capture_time);
     bool GoToAudioFrame(int frame);
     /// @param frame_bytes  FrameBytes of them
-    bool AppendAudioFrame(ByteView frame_bytes, std::uint32_t capture_time);
-    bool ReplaceAudioFrame(int frame, ByteView frame_bytes);
+    [[nodiscard]] bool AppendAudioFrame(ByteView frame_bytes, std::uint32_t capture_time);
+    [[nodiscard]] bool ReplaceAudioFrame(int frame, ByteView frame_bytes);
 
     /// The number of the frame that the next read gives.
     int CurrentAudioFrame() const;
@@ -67,13 +67,14 @@ public:
     /// True when frame `frame` begins with the second byte of a 16-bit sample: frames of an odd
     /// length cut every other sample in two, and whoever starts to play there leaves that byte out.
     bool StartsInsideSample(int frame) const;
-    /// What keeps a container from being a sound track, with the offset in its user header; none
-    /// after an opening that succeeded.
+    /// What keeps a file from being a sound track, with the offset in the user header of a
+    /// container or in the Vorbis track; none after an opening that succeeded.
     const Error& HeaderError() const { return header_error_; }
 
 private:
     bool TakeHeader();
     bool OpenVorbis(const CString& name);
+    Error TakeVorbisHeader(const VorbisFilekel& vorbis);
     bool RefusedForVorbis() const;
     std::uint32_t SideCaptureTime() const;
 

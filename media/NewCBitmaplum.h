@@ -19,14 +19,14 @@ public:
     /// @param info    at least 40 + 4 x biClrUsed bytes
     /// @param pixels  at least biSizeImage bytes
     /// @return false, and no image, when one of them is shorter than the header says
-    bool SetByInfoAndBits(ByteView info, ByteView pixels);
+    [[nodiscard]] bool SetByInfoAndBits(ByteView info, ByteView pixels);
     /// Builds the image from info header, palette and pixels in one block, as the clipboard gives
     /// it. A block that is shorter than its header says is reported in a box.
-    bool CreateByPackedData(ByteView packed);
+    [[nodiscard]] bool CreateByPackedData(ByteView packed);
     /// Writes the BMP file; a file that could not be written whole is deleted again.
-    bool SaveToFile(const CString& name) const;
+    [[nodiscard]] bool SaveToFile(const CString& name) const;
     /// Converts in place, 24 to 16 bits a pixel; any other wish is refused in a box.
-    bool internalcorvert(int target_bit_count);
+    [[nodiscard]] bool internalcorvert(int target_bit_count);
     void Free();
 
     bool HasImage() const { return !image_.empty(); }

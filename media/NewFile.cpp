@@ -20,7 +20,9 @@ Error NewFile::Begin(const CString& name, Existing existing) {
     const std::optional<std::string> full_name = platform::NewFileName(path.View());
     if (!full_name) return {Fault::Missing, 0};
     name_ = *full_name;
-    if (existing == Existing::Refuse && platform::ExistingFileName(name_)) return {Fault::Busy, 0};
+    if (existing == Existing::Refuse && platform::ExistingFileName(name_) == name_) {
+        return {Fault::Busy, 0};
+    }
     const CString own_name{std::string_view{name_}};
     const CString temporary = PathDirectory(own_name) + PathTitle(own_name) + kTemporaryExtension;
     switch (temporary_.Make(std::string{temporary.View()})) {

@@ -31,15 +31,17 @@ public:
     ~VideoFilekel() override;
 
     /// Of a .kva it is the picture. A user header that is no video header is refused without a box.
-    bool OpenForRead(const CString& name);
-    bool OpenExisting(const CString& name);
+    [[nodiscard]] bool OpenForRead(const CString& name);
+    [[nodiscard]] bool OpenExisting(const CString& name);
     /// A new track; WriteVideoHeader and AppendFrame follow.
     /// @param bitmap_part  bytes of the bitmap headers, palette included: 54 without one
-    bool Create(const CString& name, std::uint32_t bitmap_part, std::uint32_t record_length,
-                int type, int images_per_second, std::uint32_t key_interval, bool scanned);
+    [[nodiscard]] bool Create(const CString& name, std::uint32_t bitmap_part,
+                              std::uint32_t record_length, int type, int images_per_second,
+                              std::uint32_t key_interval, bool scanned);
     /// @param bitmap_part  as many bytes as Create was told; others are refused
-    bool WriteVideoHeader(ByteView bitmap_part);
-    bool AppendFrame(ByteView pixels, std::uint32_t sync_number, std::uint32_t capture_time);
+    [[nodiscard]] bool WriteVideoHeader(ByteView bitmap_part);
+    [[nodiscard]] bool AppendFrame(ByteView pixels, std::uint32_t sync_number,
+                                   std::uint32_t capture_time);
     /// @return false only when a track that was written or edited could not be finished
     bool Close();
 

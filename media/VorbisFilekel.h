@@ -51,13 +51,13 @@ public:
     ~VorbisFilekel() override;
 
     /// True when the file (of a .kva: its sound) begins with the signature.
-    static bool IsVorbisFile(const CString& name);
+    [[nodiscard]] static bool IsVorbisFile(const CString& name);
 
     /// A stream that cannot be set up is reported in a box; the track is then open and silent.
     /// @param header_length  of the track header behind the description
     /// @return false when there is no such file, no signature, or a description that contradicts
     ///         itself (LastError() tells)
-    bool OpenForRead(const CString& name, std::uint32_t header_length);
+    [[nodiscard]] bool OpenForRead(const CString& name, std::uint32_t header_length);
     bool Close();
 
     /// Fills the frame buffer with the next FrameBytes bytes of PCM. Where the stream is shorter

@@ -1,4 +1,5 @@
 #include "media/AudioHeader.h"
+#include "media/SyncNumbers.h"
 #include "media/VideoHeader.h"
 #include "tests/media/MediaFiles.h"
 
@@ -114,6 +115,24 @@ TEST(PictureDescription, IsReadFromItsEndWhereAPaletteLiesBetween) {
     ASSERT_TRUE(header.Ok());
     EXPECT_EQ(header.Value().nImgAlSec, -1);
     EXPECT_EQ(CheckVideoHeader(header.Value(), bytes.size(), 16), Error{});
+}
+
+TEST(SyncNumbers, GroupTheImagesOfEachAudioFrame) {
+    const SyncLink even = SyncLink::Of(25, 5);
+    const std::uint32_t expected[] = {0, 0, 0, 0, 0, 1, 1, 1, 1, 1, 2};
+    for (int image = 0; image < 11; ++image) {
+        EXPECT_EQ(even.NumberOf(image), expected[image]) << image;
+    }
+    const SyncLink late = SyncLink::Of(25, 5, -3);
+    for (int image = 0; image < 8; ++image) {
+        EXPECT_EQ(late.NumberOf(image), 0U) << image;
+    }
+    EXPECT_EQ(late.NumberOf(8), 1U);
+    EXPECT_TRUE(SyncLink::IsValid(25, 5, -50, 100));
+    EXPECT_FALSE(SyncLink::IsValid(25, 5, -51, 100));
+    EXPECT_FALSE(SyncLink::IsValid(25, 10, 0, 100)); // two and a half images
+    EXPECT_FALSE(SyncLink::IsValid(5, 10, 0, 100));
+    EXPECT_FALSE(SyncLink::IsValid(25, 0, 0, 100));
 }
 
 TEST(HostilePictureDescriptions, AreFoundOutByTheFirstFieldThatBreaks) {
