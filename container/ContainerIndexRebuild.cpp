@@ -5,6 +5,7 @@
 #include "container/RewriteTarget.h"
 #include "container/ZFilekel.h"
 #include "framework/base/ProgressDisplay.h"
+#include "platform/base/durable_files.h"
 
 #include <algorithm>
 #include <memory>
@@ -66,6 +67,9 @@ bool ZFilekel::WriteRebuiltFile() {
     }
     RewriteTarget target;
     Error error = target.Begin(system_name_, RewriteTarget::Kind::Track);
+    if (error.fault == Fault::None && !platform::NameMeans(system_name_, Handle())) {
+        error = {Fault::Busy, 0}; // another program has replaced the file
+    }
     if (error.fault == Fault::None) error = target.AppendBytes(HeaderBytes(header_));
     if (error.fault == Fault::None) {
         error = target.CopyWindow(Handle(), {kContainerHeaderBytes, header_.IndexOffset});

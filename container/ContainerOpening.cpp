@@ -65,7 +65,7 @@ bool ZFilekel::OpenHandle(const CString& name, Mode mode) {
     const std::optional<std::string> found =
         platform::ExistingFileName(ResolvePath(nullptr, name, nullptr).View());
     if (!found) return Fail(Fault::Missing);
-    system_name_ = *found;
+    system_name_ = platform::WithoutLinks(*found);
     if (const Error error = UndoFile::Recover(system_name_); error.fault != Fault::None) {
         return Fail(error);
     }

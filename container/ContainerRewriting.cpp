@@ -112,6 +112,8 @@ Error ZFilekel::WriteRewritten(RewriteTarget& target, const RewriteParameters& p
     if (const Error error = target.Begin(system_name_, kind); error.fault != Fault::None) {
         return error;
     }
+    // From here on nobody else replaces the file; but somebody may have, since it was opened.
+    if (!platform::NameMeans(system_name_, Handle())) return {Fault::Busy, 0};
     const Error error = film_ ? WriteRewrittenFilm(target, header, user_header, progress)
                               : WriteRewrittenTrack(target, header, user_header, progress);
     return error.fault != Fault::None ? error : target.Finish();

@@ -6,6 +6,7 @@
 #include "container/RewriteTarget.h"
 #include "container/UndoFile.h"
 #include "framework/base/ChFile.h"
+#include "framework/base/ProgressDisplay.h"
 #include "platform/base/durable_files.h"
 #include "platform/base/file_names.h"
 #include "platform/base/files.h"
@@ -18,6 +19,9 @@
 namespace kelvo {
 
 namespace {
+
+constexpr char kCopyTitle[] = "Ricostruzione indici...";
+constexpr std::uint32_t kCopyPiece = std::uint32_t{4} * 1024 * 1024;
 
 /// One track on its way from the old file into the new one.
 struct Part {
@@ -49,8 +53,25 @@ Error ReadPart(HFILE file, Part& part) {
     return WalkRecords(file, part.window, part.header, part.index);
 }
 
+/// A long file can be stopped between two pieces.
+Error CopyInPieces(RewriteTarget& target, HFILE file, const TrackWindow& window) {
+    const auto progress = ShowProgress(kCopyTitle);
+    const auto total = static_cast<std::int32_t>(window.Size());
+    for (std::uint32_t start = window.start; start < window.end;) {
+        if (!progress->Update(static_cast<std::int32_t>(start - window.start), total)) {
+            return {Fault::Stopped, start};
+        }
+        const std::uint32_t end = start + std::min(window.end - start, kCopyPiece);
+        if (const Error error = target.CopyWindow(file, {start, end}); error.fault != Fault::None) {
+            return error;
+        }
+        start = end;
+    }
+    return {};
+}
+
 Error WritePart(RewriteTarget& target, HFILE file, const Part& part) {
-    if (!part.changed) return target.CopyWindow(file, part.window);
+    if (!part.changed) return CopyInPieces(target, file, part.window);
     ContainerHeader header = part.header;
     header.RecordCount = part.index.Count();
     header.IndexOffset = part.index.End();
@@ -59,7 +80,7 @@ Error WritePart(RewriteTarget& target, HFILE file, const Part& part) {
     const auto header_bytes = static_cast<std::uint32_t>(kContainerHeaderBytes);
     Error error = target.AppendBytes(HeaderBytes(header));
     if (error.fault == Fault::None) {
-        error = target.CopyWindow(file, {start + header_bytes, start + part.index.End()});
+        error = CopyInPieces(target, file, {start + header_bytes, start + part.index.End()});
     }
     return error.fault == Fault::None ? target.AppendIndex(part.index) : error;
 }
@@ -108,6 +129,9 @@ Error WriteFile(ChFile& file, const std::string& name, bool is_film,
     RewriteTarget target;
     Error error =
         target.Begin(name, is_film ? RewriteTarget::Kind::Film : RewriteTarget::Kind::Track);
+    if (error.fault == Fault::None && !platform::NameMeans(name, file.Handle())) {
+        error = {Fault::Busy, 0}; // another program has replaced the file
+    }
     AVDirectory directory;
     const auto write = [&](const std::optional<Part>& part, TrackWindow& window) {
         if (!part || error.fault != Fault::None) return;
@@ -131,7 +155,9 @@ Result<RebuildReport> RebuildIndex(const CString& name) {
     const std::optional<std::string> found =
         platform::ExistingFileName(ResolvePath(nullptr, name, nullptr).View());
     if (!found) return Error{Fault::Missing, 0};
-    if (const Error error = UndoFile::Recover(*found); error.fault != Fault::None) return error;
+    const std::string system_name = platform::WithoutLinks(*found);
+    if (const Error error = UndoFile::Recover(system_name); error.fault != Fault::None)
+        return error;
     ChFile file;
     if (!file.OpenReadOnly(name)) return Error{Fault::Unreadable, 0};
     if (!platform::TryLock(file.Handle())) return Error{Fault::Busy, 0};
@@ -152,7 +178,7 @@ Result<RebuildReport> RebuildIndex(const CString& name) {
         return part && (part->changed || part->is_cut);
     };
     if (!needs_writing(audio) && !needs_writing(video)) return report;
-    error = WriteFile(file, *found, is_film, audio, video);
+    error = WriteFile(file, system_name, is_film, audio, video);
     if (error.fault != Fault::None) return error;
     report.written = true;
     return report;

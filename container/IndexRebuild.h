@@ -30,7 +30,8 @@ struct RebuildReport {
 /// a temporary, with the index right behind that record and the header that goes with it. Records
 /// beyond the header's count are taken where they decode to their length.
 /// @return Missing, Unreadable; EndsEarly or BadValue when no header can be made out; Busy or
-///         Mismatch when the temporary's name is taken; Unwritable; the file is then as it was
+///         Mismatch when the temporary's name is taken; Unwritable; Stopped by the person who
+///         sees the progress; the file is then as it was
 [[nodiscard]] Result<RebuildReport> RebuildIndex(const CString& name);
 
 } // namespace kelvo

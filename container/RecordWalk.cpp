@@ -5,6 +5,7 @@
 #include "container/RecordFrame.h"
 #include "container/codec/CompressionTypes.h"
 #include "framework/base/ByteReader.h"
+#include "framework/base/ProgressDisplay.h"
 #include "platform/base/files.h"
 
 #include <algorithm>
@@ -15,6 +16,9 @@
 namespace kelvo {
 
 namespace {
+
+constexpr char kProgressTitle[] = "Ricostruzione indici...";
+constexpr std::uint32_t kProgressInterval = 10;
 
 /// Numbers out of a file, in ascending places mostly: small records share one read.
 class NumberReader {
@@ -137,8 +141,14 @@ Error WalkRecords(HFILE file, const TrackWindow& window, const ContainerHeader& 
     }
     NumberReader numbers(file, window);
     RecordTrial trial(file, window, header, index);
+    const auto progress = ShowProgress(kProgressTitle);
     for (;;) {
         const std::uint64_t offset = index.End();
+        if (index.Count() % kProgressInterval == 0 &&
+            !progress->Update(static_cast<std::int32_t>(offset),
+                              static_cast<std::int32_t>(window.Size()))) {
+            return {Fault::Stopped, window.start + offset};
+        }
         const std::optional<std::uint32_t> stored_length = numbers.At(offset);
         if (!stored_length) break;
         const std::uint64_t side = offset + kStoredLengthBytes + *stored_length;

@@ -17,6 +17,7 @@ bool IndexAgreesWithRecords(HFILE file, const TrackWindow& window, const Contain
 /// Every whole record from the first on. The header's count is not believed: fewer are found where
 /// the file ends early, more where records that decode to their length follow.
 /// @param header  checked by CheckHeaderFits
+/// @return Stopped when the person who sees the progress stops it
 [[nodiscard]] Error WalkRecords(HFILE file, const TrackWindow& window,
                                 const ContainerHeader& header, RecordIndex& index);
 

@@ -69,7 +69,7 @@ bool ZFilekel::Create(const CString& name, std::uint32_t user_header_size,
         Reset();
         return Fail(Fault::Unwritable);
     }
-    system_name_ = *system_name;
+    system_name_ = platform::WithoutLinks(*system_name);
     mode_ = Mode::New;
     const bool made = index_.Start(static_cast<std::uint32_t>(first)) &&
                       user_header_.Allocate(user_header_size) && AllocateBuffers();

@@ -12,6 +12,7 @@
 #include <array>
 #include <cassert>
 #include <cerrno>
+#include <cstdlib>
 #include <tuple>
 #include <utility>
 
@@ -50,13 +51,6 @@ bool SameFile(const struct stat& a, const struct stat& b) {
     return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
 }
 
-bool NameMeans(const std::string& name, int file) {
-    struct stat by_name{};
-    struct stat by_handle{};
-    return CurrentFileCalls().lstat(name.c_str(), &by_name) == 0 &&
-           CurrentFileCalls().fstat(file, &by_handle) == 0 && SameFile(by_name, by_handle);
-}
-
 bool HasBytesAt(int file, std::uint64_t offset, OwnMark mark) {
     std::array<std::uint8_t, kOwnMarkBytes> found{};
     return ReadFileAt(file, offset, found.data(), found.size()) == std::int64_t{kOwnMarkBytes} &&
@@ -78,6 +72,21 @@ bool HasUnfinishedMark(int file, OwnMark mark) {
 bool TryLock(int file) {
     const int result = Repeated([&] { return CurrentFileCalls().flock(file, LOCK_EX | LOCK_NB); });
     return result == 0 || errno != EWOULDBLOCK;
+}
+
+std::string WithoutLinks(const std::string& name) {
+    char* resolved = ::realpath(name.c_str(), nullptr);
+    if (resolved == nullptr) return name;
+    std::string result(resolved);
+    std::free(resolved);
+    return result;
+}
+
+bool NameMeans(const std::string& name, int file) {
+    struct stat by_name{};
+    struct stat by_handle{};
+    return CurrentFileCalls().lstat(name.c_str(), &by_name) == 0 &&
+           CurrentFileCalls().fstat(file, &by_handle) == 0 && SameFile(by_name, by_handle);
 }
 
 bool SyncFile(int file) {
@@ -218,7 +227,7 @@ bool DurableTemporary::WriteAt(std::uint64_t offset, std::span<const std::uint8_
 }
 
 bool DurableTemporary::Finish(const std::string& permissions_of) {
-    if (!IsOpen() || size_ < kOwnMarkBytes) return false;
+    if (!IsOpen()) return false;
     struct stat own{};
     if (CurrentFileCalls().fstat(file_.Handle(), &own) != 0) return false;
     mode_t permissions = own.st_mode & kPermissions;
@@ -233,7 +242,9 @@ bool DurableTemporary::Finish(const std::string& permissions_of) {
     // From here on the mark at the end tells what the one at the start told.
     if (!file_.WriteAt(size_, kTemporaryMark) || !file_.Sync()) return false;
     std::ignore = (::fchmod(file_.Handle(), permissions));
-    if (!file_.WriteAt(0, head_) || !file_.Sync()) return false;
+    const auto head = std::span<const std::uint8_t>{head_}.first(
+        std::min<std::size_t>(size_, kOwnMarkBytes)); // of a short file, the mark begins behind it
+    if (!file_.WriteAt(0, head) || !file_.Sync()) return false;
     // The lock belongs to both handles; closing the first one says whether all data got through.
     held_ = ::fcntl(file_.Handle(), F_DUPFD_CLOEXEC, 0);
     finished_ = held_ >= 0 && file_.Close();

@@ -81,8 +81,8 @@ public:
     /// Writes all of it, at any offset and in any order.
     [[nodiscard]] bool WriteAt(std::uint64_t offset, std::span<const std::uint8_t> bytes);
 
-    /// Everything is written: syncs it and closes it, each result checked. The file must have at
-    /// least kOwnMarkBytes. The lock stays until the file has its place or is discarded.
+    /// Everything is written: syncs it and closes it, each result checked. The lock stays until the
+    /// file has its place or is discarded.
     /// @param permissions_of  the file whose permissions it gets; none (ours by default) when there
     ///                        is no such file
     [[nodiscard]] bool Finish(const std::string& permissions_of);
@@ -110,6 +110,13 @@ private:
 
 /// Waits until everything written to an open file is on the disk.
 [[nodiscard]] bool SyncFile(int file);
+
+/// The file that a name means in the end, without symbolic links, so that what replaces it takes
+/// the file's place and not the link's. The name itself when there is no such file.
+[[nodiscard]] std::string WithoutLinks(const std::string& name);
+
+/// Whether a name still means the file that is open: false once another has taken its place.
+[[nodiscard]] bool NameMeans(const std::string& name, int file);
 
 /// Syncs the folder in which `name` stands, so that its renames and deletions last.
 bool SyncFolderOf(const std::string& name);

@@ -9,7 +9,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <sched.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -222,6 +224,67 @@ TEST_F(Rewriting, RefusesWhileTheOtherTrackOfThePairIsRewritten) {
     other.Discard();
     EXPECT_TRUE(file_.RecompressFile(name_.c_str(), {.compression_type = 99}, nullptr));
     EXPECT_THAT(Names(), ElementsAre("film.kvf"));
+}
+
+TEST_F(Rewriting, OfAPairByManyProgramsAtOnceKeepsBothTracksWhole) {
+    const std::string tracks[] = {Path("film.kaf"), name_};
+    for (const std::string& track : tracks)
+        MakeContainer(track, {.type = 99});
+    std::vector<pid_t> children;
+    for (int child = 0; child < 4; ++child) {
+        const pid_t id = ::fork();
+        ASSERT_GE(id, 0);
+        if (id == 0) {
+            int rewritten = 0;
+            while (rewritten < 20) {
+                // By turns in two types; whoever comes second is refused and comes again.
+                const RewriteParameters parameters{.compression_type =
+                                                       rewritten % 2 == 0 ? 17U : 99U};
+                if (file_.RecompressFile(tracks[child % 2].c_str(), parameters, nullptr)) {
+                    ++rewritten;
+                } else if (file_.LastError().fault != Fault::Busy) {
+                    ::_exit(1);
+                } else {
+                    ::sched_yield();
+                }
+            }
+            ::_exit(0);
+        }
+        children.push_back(id);
+    }
+    for (const pid_t id : children) {
+        int status = 0;
+        ASSERT_EQ(::waitpid(id, &status, 0), id);
+        EXPECT_EQ(status, 0);
+    }
+    for (const std::string& track : tracks)
+        EXPECT_EQ(RecordNumbersIn(track), Range(10));
+    EXPECT_THAT(Names(), ElementsAre("film.kaf", "film.kvf"));
+}
+
+TEST_F(Rewriting, RefusesAFileThatAnotherProgramHasReplaced) {
+    MakeContainer(name_, {});
+    ASSERT_TRUE(file_.OpenForRead(name_.c_str()));
+    ZFilekel other;
+    boxes_.AnswerNext({IDYES});
+    ASSERT_TRUE(other.OpenExisting(name_.c_str()));
+    ASSERT_TRUE(other.DeleteRecords(0, 5));
+    ASSERT_TRUE(other.Close());
+    EXPECT_FALSE(file_.Recompress({.compression_type = 99}, nullptr)); // of the old records
+    EXPECT_EQ(file_.LastError().fault, Fault::Busy);
+    EXPECT_TRUE(file_.Close());
+    EXPECT_EQ(RecordNumbersIn(name_), (std::vector<int>{5, 6, 7, 8, 9}));
+    EXPECT_THAT(Names(), ElementsAre("film.kvf"));
+}
+
+TEST_F(Rewriting, OfALinkedFileReplacesTheFileAndNotTheLink) {
+    std::filesystem::create_directory(Path("films"));
+    MakeContainer(Path("films/real.kvf"), {});
+    std::filesystem::create_symlink("films/real.kvf", name_);
+    ASSERT_TRUE(file_.RecompressFile(name_.c_str(), {.compression_type = 99}, nullptr));
+    EXPECT_TRUE(std::filesystem::is_symlink(name_));
+    EXPECT_EQ(NumberIn(Path("films/real.kvf"), 20), 99U);
+    EXPECT_EQ(RecordNumbersIn(name_), Range(10));
 }
 
 TEST_F(Rewriting, RefusesAFileThatIsOpenForEditingElsewhere) {
