@@ -34,6 +34,8 @@ struct Measures {
     std::uint64_t stride = 0;
     std::uint64_t header_size = 0; // palette included
     std::uint64_t pixel_size = 0;
+
+    std::uint64_t FileSize() const { return kFileHeaderSize + header_size + pixel_size; }
 };
 
 template <class T>
@@ -75,17 +77,15 @@ std::optional<Measures> Measure(ByteView info) {
     }
     Measures result = core ? MeasureCore(Copied<BITMAPCOREHEADER>(info)) : MeasureInfo(header);
     if (result.width <= 0 || result.height <= 0) return std::nullopt;
-    // At most 2^31 pixels of 2^16 bits: nothing below wraps.
+    // At most 2^31 pixels of 2^16 bits, then 2^31 rows of 2^31 bytes: nothing wraps.
     result.stride = pixel::RowStride(static_cast<std::uint32_t>(result.width), result.bit_count);
+    if (result.stride > kLargestImage) return std::nullopt;
     // Plain pixels may leave their size out; the clipboard often does.
     const bool plain = core || header.biCompression == BI_RGB;
     if (plain && result.pixel_size == 0) {
         result.pixel_size = result.stride * static_cast<std::uint32_t>(result.height);
     }
-    if (result.stride > kLargestImage ||
-        kFileHeaderSize + result.header_size + result.pixel_size > kLargestImage) {
-        return std::nullopt;
-    }
+    if (result.FileSize() > kLargestImage) return std::nullopt;
     return result;
 }
 
@@ -128,18 +128,16 @@ bool NewCBitmaplum::SetByInfoAndBits(ByteView info, ByteView pixels) {
 bool NewCBitmaplum::CreateByPackedData(ByteView packed) {
     Free();
     const std::optional<Measures> measures = Measure(packed);
-    const std::uint64_t claimed =
-        measures ? measures->header_size + measures->pixel_size + kFileHeaderSize : UINT64_MAX;
-    if (packed.size() + kFileHeaderSize < claimed) {
+    if (!measures || measures->FileSize() > packed.size() + kFileHeaderSize) {
         return CObj::ErrorBox(kTooShortText, Caption{kPackedCaption});
     }
     if (!RowsAreThere(*measures, CompressionOf(packed))) {
         return CObj::ErrorBox(kPixelsMissingText, Caption{kPackedCaption});
     }
-    image_.resize(static_cast<std::size_t>(claimed));
+    image_.resize(static_cast<std::size_t>(measures->FileSize()));
     std::ranges::copy(packed.first(image_.size() - kFileHeaderSize),
                       image_.begin() + kFileHeaderSize);
-    SetFileHeader(static_cast<std::uint32_t>(claimed),
+    SetFileHeader(static_cast<std::uint32_t>(image_.size()),
                   static_cast<std::uint32_t>(measures->header_size + kFileHeaderSize));
     TakeMeasures();
     return true;

@@ -63,7 +63,7 @@ void SkipLengths(BitReader& bits, std::uint32_t entries) {
     if (ordered) {
         bits.Read(5);
         for (std::uint32_t i = 0; i < entries && bits.Ok();) {
-            const std::uint32_t run = bits.Read(std::bit_width(entries - i));
+            const std::uint32_t run = bits.Read(static_cast<int>(std::bit_width(entries - i)));
             if (run > entries - i) return;
             i += run;
         }
