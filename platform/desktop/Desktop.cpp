@@ -4,6 +4,7 @@
 #include "platform/base/message_boxes.h"
 #include "platform/desktop/Icons.h"
 #include "platform/desktop/MessageBoxes.h"
+#include "platform/desktop/Surface.h"
 #include "platform/desktop/UiLoop.h"
 #include "platform/desktop/Window.h"
 #include "platform/desktop/WindowMenus.h"
@@ -13,7 +14,6 @@
 
 #include <QApplication>
 #include <QScreen>
-#include <QSurfaceFormat>
 
 #include <atomic>
 #include <clocale>
@@ -26,6 +26,7 @@ LiveCounts CountLiveObjects() {
     const auto queue = MessageQueue::OfThisThreadIfAny();
     return {.windows = static_cast<int>(LockedWindows().All().size()),
             .menus = CountMenus(),
+            .surfaces = CountSurfaces(),
             .timers = queue ? queue->TimerCount() : 0};
 }
 

@@ -5,6 +5,7 @@
 #include "platform/desktop/Window.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cmath>
 #include <cstring>
 #include <unordered_map>
@@ -16,6 +17,8 @@ namespace {
 QRect RectFrom(const RECT& rect) {
     return QRect(QPoint(rect.left, rect.top), QPoint(rect.right - 1, rect.bottom - 1));
 }
+
+std::atomic<int> living_surfaces{0};
 
 struct Registry {
     std::mutex mutex;
@@ -38,6 +41,11 @@ void PixelBuffer::Changed(const QRect& /*area*/) {}
 Surface::Surface(HWND window, QSize size, OwnContext own_context)
     : PixelBuffer(size), window_(window), own_context_(own_context) {
     image_.fill(Qt::white);
+    ++living_surfaces;
+}
+
+Surface::~Surface() {
+    --living_surfaces;
 }
 
 void Surface::Attach(QWidget* widget) {
@@ -155,6 +163,10 @@ void UnregisterSurface(HWND window) {
     }
     if (surface) surface->Close();
     FreeContextsOf(window);
+}
+
+int CountSurfaces() {
+    return living_surfaces;
 }
 
 std::shared_ptr<Surface> SurfaceOf(HWND window) {

@@ -56,6 +56,7 @@ class Surface final : public PixelBuffer, public std::enable_shared_from_this<Su
 public:
     /// @param own_context  of a class with CS_OWNDC: GetDC always gives the same device context
     Surface(HWND window, QSize size, OwnContext own_context);
+    ~Surface() override;
 
     HWND Window() const { return window_; }
     bool HasOwnContext() const { return own_context_ == OwnContext::Yes; }
@@ -103,6 +104,9 @@ void RegisterSurface(const std::shared_ptr<Surface>& surface);
 void UnregisterSurface(HWND window);
 /// @return null for a window that has none.
 std::shared_ptr<Surface> SurfaceOf(HWND window);
+
+/// Surfaces that are alive, closed ones that somebody still holds included.
+int CountSurfaces();
 
 /// Objects that are alive, stock objects left out: a test compares before and after.
 struct DrawingObjectCounts {

@@ -29,10 +29,12 @@ QWidget* WidgetOf(HWND window);
 /// The background brush of the window's class as it was registered. Any thread.
 HBRUSH ClassBrushOf(HWND window);
 
-/// Numbers of living objects, for tests that look for leaks.
+/// Numbers of living objects, for tests that look for leaks; the surface of a dead window lives
+/// until the UI thread next asks for messages.
 struct LiveCounts {
     int windows = 0;
     int menus = 0;
+    int surfaces = 0;
     int timers = 0;
     bool operator==(const LiveCounts&) const = default;
 };

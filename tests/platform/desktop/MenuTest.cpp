@@ -25,6 +25,7 @@ protected:
     void SetUp() override {
         RegisterTestClass();
         answer = nullptr;
+        Pump();
         before_ = CountLiveObjects();
         menu_ = ::CreateMenu();
         file_ = ::CreatePopupMenu();
@@ -42,6 +43,7 @@ protected:
         ::DestroyWindow(window_);
         ::DestroyMenu(menu_);
         ::UnregisterClassA(kTestClass, nullptr);
+        Pump(); // the widgets of dead windows go now
         EXPECT_EQ(CountLiveObjects(), before_);
     }
     QMenuBar* Bar() const { return WidgetOf(window_)->window()->findChild<QMenuBar*>(); }

@@ -41,6 +41,7 @@ protected:
             EXPECT_TRUE(::UnregisterClassA(name, nullptr)) << "a window of " << name << " is left";
         }
         ::DeleteObject(red_);
+        Pump(); // the widgets of dead windows go now
         EXPECT_EQ(CountLiveObjects(), before_);
     }
 
