@@ -75,6 +75,22 @@ TEST_F(DurableFiles, TemporaryGoesWithItsObjectUnlessItWasKept) {
     EXPECT_EQ(Content(Path("a.tmp")), text_);
 }
 
+TEST_F(DurableFiles, FilesShorterThanTheMarkAreFinishedToo) {
+    for (const std::string_view text : {"", "abc", "fifteen letters", "sixteen letters!"}) {
+        SCOPED_TRACE(text);
+        DurableTemporary temporary;
+        Begin(temporary, text);
+        ASSERT_TRUE(temporary.Finish(""));
+        {
+            // Until it has its place it is recognised as ours.
+            DurableTemporary second;
+            EXPECT_EQ(second.Make(Path("a.tmp")), Claim::Busy);
+        }
+        ASSERT_TRUE(temporary.PutInPlaceOf(Path("short.dat")));
+        EXPECT_EQ(Content(Path("short.dat")), text);
+    }
+}
+
 TEST_F(DurableFiles, NewNameIsTakenOnlyWhereNothingIs) {
     Make("taken.dat", "theirs");
     DurableTemporary temporary;
