@@ -108,9 +108,11 @@ int SayWhyNot(const CLI::App& app, const CLI::ParseError& error) {
     }
     // An unknown command is found to be missing before it is found to be unknown.
     const bool has_command = !app.get_subcommands().empty();
-    const std::string what = has_command || app.remaining().empty()
-                                 ? std::string(error.what())
-                                 : "there is no command " + app.remaining().front();
+    std::string what = error.what();
+    if (const auto rest = app.remaining(); !has_command && !rest.empty()) {
+        what = (rest.front().starts_with('-') ? "there is no option " : "there is no command ") +
+               rest.front();
+    }
     SayError(Printable(what) + "; see kelvotool --help");
     return kNotDone;
 }

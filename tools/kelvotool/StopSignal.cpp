@@ -24,7 +24,9 @@ void CatchStopSignals() {
     action.sa_flags = 0;
     for (const int signal_number : {SIGINT, SIGTERM, SIGHUP})
         sigaction(signal_number, &action, nullptr);
+    // A full disk, or a limit on the size of files, is an error of the write and no more.
     std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
 }
 
 int StopSignal() {

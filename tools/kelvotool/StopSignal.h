@@ -4,8 +4,8 @@
 
 namespace kelvo::tool {
 
-/// From now on SIGINT, SIGTERM and SIGHUP are only noted, and writing into a closed pipe is an
-/// error like another.
+/// From now on SIGINT, SIGTERM and SIGHUP are only noted, and writing into a closed pipe or beyond
+/// the largest size of a file is an error like another.
 void CatchStopSignals();
 
 /// The number of the signal that came, or 0.
