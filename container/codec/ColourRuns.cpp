@@ -95,11 +95,11 @@ bool MakePalette(ByteView pixels, std::uint8_t* palette, ColourMap& map) {
 /// Expands tokens into `frame`. @param pixel_of  the pixel that a token's first bytes stand for
 template <std::size_t kValueBytes, std::size_t kCountBytes, class PixelOf>
 Decoded ReadRuns(ByteView tokens, ByteSpan frame, PixelOf pixel_of) {
-    constexpr std::size_t kToken = kValueBytes + kCountBytes;
+    const std::size_t token_bytes = kValueBytes + kCountBytes;
     const std::size_t pixels = frame.size() / kPixelBytes;
     std::uint64_t covered = 0;
     const std::uint8_t* token = tokens.data();
-    for (std::size_t left = tokens.size() / kToken; left > 0; --left, token += kToken) {
+    for (std::size_t left = tokens.size() / token_bytes; left > 0; --left, token += token_bytes) {
         std::size_t run = token[kValueBytes];
         if constexpr (kCountBytes == 2)
             run |= static_cast<std::size_t>(token[kValueBytes + 1]) << 8U;
@@ -122,7 +122,7 @@ Decoded ReadRunsOf(ByteView tokens, ByteSpan frame, RunCount count, PixelOf pixe
 
 std::size_t EncodeRuns(ByteView frame, ByteSpan stream, RunCount count) {
     if (stream.size() < RunsWorstCase(frame.size(), count)) {
-        assert(!"the stream must have room for the worst case");
+        assert(false && "the stream must have room for the worst case");
         return 0;
     }
     const auto* const end = WriteRuns<2>(WholePixels(frame), stream.data(), count,
@@ -137,7 +137,7 @@ Decoded DecodeRuns(ByteView stream, ByteSpan frame, RunCount count) {
 
 std::size_t EncodeIndexedRuns(ByteView frame, ByteSpan stream, RunCount count, ColourMap& map) {
     if (stream.size() < IndexedRunsWorstCase(frame.size(), count)) {
-        assert(!"the stream must have room for the worst case");
+        assert(false && "the stream must have room for the worst case");
         return 0;
     }
     const ByteView pixels = WholePixels(frame);

@@ -54,7 +54,6 @@ private:
 /// How many pixels from `at` on are the same in both frames, up to `end` (all counted in pixels).
 std::size_t EqualPixels(const std::uint8_t* frame, const std::uint8_t* previous, std::size_t at,
                         std::size_t end) {
-    constexpr std::size_t kPixelsPerWord = 4;
     const std::size_t start = at;
     while (end - at >= kPixelsPerWord) {
         const std::uint64_t difference =
@@ -194,7 +193,7 @@ std::size_t CodeGroups(ByteView frame, ByteSpan previous, std::uint8_t* stream) 
 
 std::size_t EncodePixelDifference(ByteView frame, ByteSpan previous, ByteSpan stream, CodeAs kind) {
     if (stream.size() < PixelDifferenceWorstCase(frame.size()) || previous.size() < frame.size()) {
-        assert(!"stream and previous frame must have room");
+        assert(false && "stream and previous frame must have room");
         return 0;
     }
     WordWriter words(stream.data());
@@ -249,7 +248,7 @@ Decoded DecodePixelDifference(ByteView stream, ByteSpan frame) {
 std::size_t EncodeGroupDifference(ByteView frame, ByteSpan previous, ByteSpan stream, CodeAs kind,
                                   ColourMap& map) {
     if (stream.size() < GroupDifferenceWorstCase(frame.size()) || previous.size() < frame.size()) {
-        assert(!"stream and previous frame must have room");
+        assert(false && "stream and previous frame must have room");
         return 0;
     }
     if (kind == CodeAs::Difference) return CodeGroups(frame, previous, stream.data());

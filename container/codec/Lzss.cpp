@@ -77,6 +77,8 @@ private:
     std::size_t count_ = 0;
 };
 
+/// Ring bytes behind the spaces that only an input fills.
+constexpr std::size_t kUnfilledRing = kLzssRing - kLzssFirstPosition;
 constexpr std::size_t kGroupStream = 1 + kLzssItemsPerGroup * kLzssMatchBytes;
 /// What decoding one group reads, the wide loads of literals included.
 constexpr std::size_t kGroupRead = kGroupStream + kLzssItemsPerGroup;
@@ -227,7 +229,7 @@ LzssEncoder::~LzssEncoder() = default;
 
 std::size_t LzssEncoder::Encode(ByteView input, ByteSpan stream) {
     if (stream.size() < LzssWorstCase(input.size())) {
-        assert(!"the stream must have room for the worst case");
+        assert(false && "the stream must have room for the worst case");
         return 0;
     }
     if (input.empty()) return 0;
@@ -243,9 +245,8 @@ Decoded DecodeLzss(ByteView stream, ByteSpan output) {
     // group: from there on the output is its own ring.
     std::array<std::uint8_t, kLzssRing + kLzssRing + kGroupOutput + kGroupOutput + kCopySlack>
         start;
-    constexpr std::size_t kUnfilled = kLzssRing - kLzssFirstPosition;
-    std::memset(start.data(), 0, kUnfilled);
-    std::memset(start.data() + kUnfilled, ' ', kLzssFirstPosition);
+    std::memset(start.data(), 0, kUnfilledRing);
+    std::memset(start.data() + kUnfilledRing, ' ', kLzssFirstPosition);
 
     Decoding d{.in = stream.data(),
                .in_end = stream.data() + stream.size(),

@@ -27,7 +27,7 @@ constexpr std::size_t LzssWorstCase(std::size_t length) {
 }
 
 /// Encodes byte strings, one after the other, each by itself. The object is only working memory
-/// (about 130 KiB, made once); no string leaves a trace that changes the stream of the next.
+/// (about 160 KiB, made once); no string leaves a trace that changes the stream of the next.
 class LzssEncoder {
 public:
     LzssEncoder();

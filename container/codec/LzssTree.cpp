@@ -95,8 +95,8 @@ LzssMatch LzssTree::Insert(std::uint32_t node) {
     std::uint32_t best = 0; // length above, node below
     while (other != kNil) {
         const std::uint8_t* const text = text_.data() + other;
-        const std::uint32_t left_child = child_[2 * other];
-        const std::uint32_t child_bits = left_child ^ child_[2 * other + 1];
+        const std::uint32_t left_child = child_[Left(other)];
+        const std::uint32_t child_bits = left_child ^ child_[Right(other)];
         const Bytes16 other_bytes = Load16(text + 1);
         const std::uint64_t first = key_bytes.first ^ other_bytes.first;
         const std::uint64_t second = key_bytes.second ^ other_bytes.second;
@@ -126,46 +126,46 @@ LzssMatch LzssTree::Insert(std::uint32_t node) {
     }
     child_[slot] = static_cast<std::uint16_t>(node);
     parent_[node] = static_cast<std::uint16_t>(slot);
-    child_[2 * node] = static_cast<std::uint16_t>(kNil);
-    child_[2 * node + 1] = static_cast<std::uint16_t>(kNil);
+    child_[Left(node)] = static_cast<std::uint16_t>(kNil);
+    child_[Right(node)] = static_cast<std::uint16_t>(kNil);
     return {static_cast<std::uint32_t>(best % kLzssRing), best >> 16U};
 }
 
 void LzssTree::Replace(std::uint32_t old_node, std::uint32_t new_node) {
     const std::uint16_t slot = parent_[old_node];
-    const std::uint16_t left = child_[2 * old_node];
-    const std::uint16_t right = child_[2 * old_node + 1];
+    const std::uint16_t left = child_[Left(old_node)];
+    const std::uint16_t right = child_[Right(old_node)];
     parent_[new_node] = slot;
     child_[slot] = static_cast<std::uint16_t>(new_node);
-    child_[2 * new_node] = left;
-    child_[2 * new_node + 1] = right;
-    parent_[left] = static_cast<std::uint16_t>(2 * new_node);
-    parent_[right] = static_cast<std::uint16_t>(2 * new_node + 1);
+    child_[Left(new_node)] = left;
+    child_[Right(new_node)] = right;
+    parent_[left] = static_cast<std::uint16_t>(Left(new_node));
+    parent_[right] = static_cast<std::uint16_t>(Right(new_node));
     parent_[old_node] = kNoSlot;
 }
 
 void LzssTree::Delete(std::uint32_t node) {
     const std::uint16_t slot = parent_[node];
     if (slot == kNoSlot) return; // replaced by its twin
-    const std::uint16_t left = child_[2 * node];
-    const std::uint16_t right = child_[2 * node + 1];
+    const std::uint16_t left = child_[Left(node)];
+    const std::uint16_t right = child_[Right(node)];
     std::uint16_t heir = left;
     if (left == kNil || right == kNil) {
         heir = static_cast<std::uint16_t>(left ^ right ^ kNil);
     } else {
-        if (child_[2 * heir + 1] != kNil) {
+        if (child_[Right(heir)] != kNil) {
             do {
-                heir = child_[2 * heir + 1];
-            } while (child_[2 * heir + 1] != kNil);
+                heir = child_[Right(heir)];
+            } while (child_[Right(heir)] != kNil);
             const std::uint16_t heir_slot = parent_[heir];
-            const std::uint16_t orphan = child_[2 * heir];
+            const std::uint16_t orphan = child_[Left(heir)];
             child_[heir_slot] = orphan;
             parent_[orphan] = heir_slot;
-            child_[2 * heir] = left;
-            parent_[left] = static_cast<std::uint16_t>(2 * heir);
+            child_[Left(heir)] = left;
+            parent_[left] = static_cast<std::uint16_t>(Left(heir));
         }
-        child_[2 * heir + 1] = right;
-        parent_[right] = static_cast<std::uint16_t>(2 * heir + 1);
+        child_[Right(heir)] = right;
+        parent_[right] = static_cast<std::uint16_t>(Right(heir));
     }
     child_[slot] = heir;
     parent_[heir] = slot;

@@ -38,6 +38,9 @@ private:
     static_assert(kNodes % kFillStep == 0 && kFillStep + kLzssRing + kMirror <= kNodes);
     static_assert(kFillStep - kLzssFirstPosition % kFillStep >= kLzssLongestMatch);
 
+    static constexpr std::size_t Left(std::size_t node) { return 2 * node; }
+    static constexpr std::size_t Right(std::size_t node) { return 2 * node + 1; }
+
     void Begin(ByteView input);
     void FillText();
     enum class Find : std::uint8_t { No, Longest };

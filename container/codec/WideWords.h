@@ -29,6 +29,10 @@ inline void StoreLittleWord(std::uint8_t* to, std::uint64_t word) {
     std::memcpy(to, &word, sizeof word);
 }
 
+inline constexpr std::size_t kPixelsPerWord = 4;
+/// Up to so many pixels are copied here, more by the library.
+inline constexpr std::size_t kFewPixels = 32;
+
 /// A pixel or any other 16-bit word of a stream, little-endian.
 inline std::uint16_t LoadPixel(const std::uint8_t* from) {
     return static_cast<std::uint16_t>(from[0] | (from[1] << 8U));
@@ -40,7 +44,6 @@ inline void StorePixel(std::uint8_t* to, std::uint32_t pixel) {
 
 /// Writes `count` equal pixels and nothing beyond them.
 inline void FillPixels(std::uint8_t* to, std::uint16_t pixel, std::size_t count) {
-    constexpr std::size_t kPixelsPerWord = 4;
     if (count < kPixelsPerWord) {
         if (count == 0) return;
         StorePixel(to, pixel);
@@ -58,8 +61,6 @@ inline void FillPixels(std::uint8_t* to, std::uint16_t pixel, std::size_t count)
 
 /// Copies `count` pixels and writes nothing beyond them; most counts in a picture are small.
 inline void CopyPixels(std::uint8_t* to, const std::uint8_t* from, std::size_t count) {
-    constexpr std::size_t kPixelsPerWord = 4;
-    constexpr std::size_t kFewPixels = 32;
     if (count > kFewPixels) {
         std::memcpy(to, from, 2 * count);
     } else if (count >= kPixelsPerWord) {
