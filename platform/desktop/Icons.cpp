@@ -146,12 +146,14 @@ std::optional<LoadedPictures>& Pictures() {
 }
 
 LoadedPictures& ThePictures() {
-    if (!Pictures()) Pictures().emplace();
-    return *Pictures();
+    auto& pictures = Pictures();
+    return pictures ? *pictures : pictures.emplace();
 }
 
 std::string KeyName(LPCSTR name) {
-    if (IS_INTRESOURCE(name)) return "#" + std::to_string(reinterpret_cast<UINT_PTR>(name));
+    if (IS_INTRESOURCE(name)) {
+        return std::string("#").append(std::to_string(reinterpret_cast<UINT_PTR>(name)));
+    }
     return name;
 }
 
