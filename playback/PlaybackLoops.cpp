@@ -99,8 +99,13 @@ bool VideoPlayerkel::ReadNext(FrameSide& side) {
         side = waiting_side_;
         return true;
     }
-    const std::lock_guard lock(picture_mutex_);
-    return track_.ReadNextFrame(side);
+    bool read = false;
+    {
+        const std::lock_guard lock(picture_mutex_);
+        read = track_.ReadNextFrame(side);
+    }
+    AskForMissedPainting();
+    return read;
 }
 
 // An image that was read but not shown when the film was stopped is the next one to be played.
@@ -111,8 +116,26 @@ void VideoPlayerkel::KeepForNextPlay(const FrameSide& side) {
 
 bool VideoPlayerkel::ReadNumber(int frame, FrameSide& side) {
     image_waits_ = false;
-    const std::lock_guard lock(picture_mutex_);
-    return track_.ReadFrame(frame, side);
+    bool read = false;
+    {
+        const std::lock_guard lock(picture_mutex_);
+        read = track_.ReadFrame(frame, side);
+    }
+    AskForMissedPainting();
+    return read;
+}
+
+void VideoPlayerkel::ShowImage() {
+    {
+        const std::lock_guard lock(picture_mutex_);
+        DrawFrame(device_context_, 0, 0);
+    }
+    AskForMissedPainting();
+}
+
+// What surrounds the picture may have been erased while an older size of it was being drawn.
+void VideoPlayerkel::AskForMissedPainting() {
+    if (painting_missed_.exchange(false)) InvalidateRect(Window(), nullptr, TRUE);
 }
 
 VideoPlayerkel::Step VideoPlayerkel::WaitWhileHeld(FilmClock& clock) {
@@ -181,10 +204,7 @@ INT_PTR VideoPlayerkel::PlayNormalLoop(INT_PTR /*first*/, INT_PTR /*second*/, IN
             clock.Restarted();
             if (!ReadNumber(0, side)) continue; // then the next read ends the film
         }
-        {
-            const std::lock_guard lock(picture_mutex_);
-            DrawFrame(0, 0);
-        }
+        ShowImage();
         clock.Shown(side.SyncNumber);
         if (TakeStop()) return 0;
         if (track_.CurrentFrame() % kProgressEvery == 0) {
@@ -211,8 +231,7 @@ INT_PTR VideoPlayerkel::SteppingForwardLoop(INT_PTR /*first*/, INT_PTR /*second*
             if (TakeStop()) return 0;
             Sleep(delay);
         }
-        const std::lock_guard lock(picture_mutex_);
-        DrawFrame(0, 0);
+        ShowImage();
         if (TakeStop()) return 0;
     }
     return 1;
@@ -238,10 +257,7 @@ INT_PTR VideoPlayerkel::SequentialForwardLoop(INT_PTR /*first*/, INT_PTR /*secon
             continue;
         }
         rate.RaiseByTime();
-        {
-            const std::lock_guard lock(picture_mutex_);
-            DrawFrame(0, 0);
-        }
+        ShowImage();
         if (TakeStop()) return 0;
     }
 }
@@ -256,14 +272,10 @@ INT_PTR VideoPlayerkel::BackwardLoop(INT_PTR /*first*/, INT_PTR /*second*/, INT_
             if (TakeStop()) return 0;
             Sleep(delay);
         }
-        const std::lock_guard lock(picture_mutex_);
-        DrawFrame(0, 0);
+        ShowImage();
         if (TakeStop()) return 0;
     }
-    if (ShowStep(0)) {
-        const std::lock_guard lock(picture_mutex_);
-        DrawFrame(0, 0);
-    }
+    if (ShowStep(0)) ShowImage();
     return 1;
 }
 

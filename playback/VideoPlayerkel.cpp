@@ -25,7 +25,8 @@ constexpr LONG kLogoWidth = 290;
 constexpr LONG kLogoHeight = 68;
 
 constexpr DWORD kLoopEndWaitMs = 2000;
-constexpr DWORD kLoopEndPollMs = 100;
+/// The loop looks at its flag every few milliseconds; a longer poll would only make closing slow.
+constexpr DWORD kLoopEndPollMs = 2;
 /// What the fit leaves free below the picture.
 constexpr LONG kFitReserve = 22;
 constexpr LONG kSmallestRoom = 10;
@@ -72,11 +73,9 @@ bool VideoPlayerkel::OpenVideo(const CString& name) {
 bool VideoPlayerkel::CloseVideo() {
     frame_valid_ = false;
     StopPlayback();
-    // The loop looks at its flag every few milliseconds; the stated 100 ms poll would only make
-    // every close slower.
     const DWORD start = GetTickCount();
     while (IsRunning() && GetTickCount() - start < kLoopEndWaitMs) {
-        Sleep(std::min<DWORD>(kLoopEndPollMs, 2));
+        Sleep(kLoopEndPollMs);
     }
     if (IsRunning()) operation_.Kill(0);
     track_.Close();
@@ -219,17 +218,16 @@ void VideoPlayerkel::Redraw() {
 
 // --- drawing and messages ----------------------------------------------------------------------
 
-void VideoPlayerkel::DrawFrameOn(HDC context, LONG x, LONG y) {
+void VideoPlayerkel::DrawFrame(HDC context, LONG x, LONG y) const {
     const SIZE size = display_size_;
     StretchDIBits(context, x, y, size.cx, size.cy, 0, 0, track_.Width(), track_.Height(),
                   track_.GetFrameBits(), track_.GetBitmapInfo(), DIB_RGB_COLORS, SRCCOPY);
 }
 
-void VideoPlayerkel::DrawFrame(LONG x, LONG y) {
-    DrawFrameOn(device_context_, x, y);
-}
-
 bool VideoPlayerkel::HandleMessage(UINT message, WPARAM wparam, LPARAM lparam) {
+    if (message == WM_ERASEBKGND && frame_valid_) {
+        return OnEraseAroundPicture(reinterpret_cast<HDC>(wparam));
+    }
     if (CWin::HandleMessage(message, wparam, lparam)) return true;
     // Signed: a drag may leave the view to the left and above.
     const auto x = static_cast<std::int16_t>(LOWORD(static_cast<DWORD_PTR>(lparam)));
@@ -258,12 +256,35 @@ bool VideoPlayerkel::OnPaint() {
         return true;
     }
     if (!frame_valid_) return false;
-    const std::unique_lock lock(picture_mutex_, std::try_to_lock);
-    if (!lock.owns_lock()) return false; // the loop is drawing the next image anyway
+    std::unique_lock lock(picture_mutex_, std::try_to_lock);
+    if (!lock.owns_lock()) {
+        painting_missed_ = true;
+        // Tried again: whoever let go of it in between has not seen the flag.
+        if (!lock.try_lock()) return false; // the default procedure erases around the picture
+    }
     PAINTSTRUCT paint{};
     const HDC context = BeginPaint(Window(), &paint);
-    DrawFrameOn(context, pan_.x, pan_.y);
+    DrawFrame(context, pan_.x, pan_.y);
     EndPaint(Window(), &paint);
+    return true;
+}
+
+// Erased below the picture, too, the background would flash up between two images.
+bool VideoPlayerkel::OnEraseAroundPicture(HDC context) const {
+    RECT client{};
+    GetClientRect(Window(), &client);
+    const SIZE size = display_size_;
+    const LONG left = std::clamp(pan_.x, 0, client.right);
+    const LONG top = std::clamp(pan_.y, 0, client.bottom);
+    const LONG right = std::clamp(pan_.x + size.cx, left, client.right);
+    const LONG bottom = std::clamp(pan_.y + size.cy, top, client.bottom);
+    const HBRUSH brush = CreateSolidBrush(BackgroundColour());
+    for (const RECT& strip :
+         {RECT{0, 0, client.right, top}, RECT{0, top, left, bottom},
+          RECT{right, top, client.right, bottom}, RECT{0, bottom, client.right, client.bottom}}) {
+        FillRect(context, &strip, brush);
+    }
+    DeleteObject(brush);
     return true;
 }
 
@@ -293,7 +314,7 @@ bool VideoPlayerkel::OnDrag(LONG x, LONG y) {
     last_mouse_ = {x, y};
     if (IsTrackOpen() && !IsRunning() && frame_valid_) {
         ObtainDeviceContext();
-        DrawFrame(pan_.x, pan_.y);
+        DrawFrame(device_context_, pan_.x, pan_.y);
     }
     return true;
 }

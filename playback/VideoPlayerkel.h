@@ -111,6 +111,8 @@ private:
     bool ReadNext(FrameSide& side);
     void KeepForNextPlay(const FrameSide& side);
     bool ReadNumber(int frame, FrameSide& side);
+    void ShowImage();
+    void AskForMissedPainting();
     Step WaitUntilDue(FilmClock& clock, std::uint32_t sync_number, bool& restart);
     Step FinishOrRestart(FilmClock& clock);
     Step WaitWhileHeld(FilmClock& clock);
@@ -119,12 +121,12 @@ private:
 
     // Messages: UI thread.
     bool OnPaint();
+    bool OnEraseAroundPicture(HDC context) const;
     bool OnButtonDown(LONG x, LONG y);
     bool OnDrag(LONG x, LONG y);
     bool OnButtonUp();
     void PaintLogo();
-    void DrawFrame(LONG x, LONG y);
-    void DrawFrameOn(HDC context, LONG x, LONG y);
+    void DrawFrame(HDC context, LONG x, LONG y) const;
 
     VideoFilekel track_;
     // UI thread only.
@@ -148,6 +150,9 @@ private:
     /// Held while the loop decodes into the track's buffer or draws from it, so that the view can
     /// be painted meanwhile. The paint handler never waits for it: a box may be open inside a read.
     std::mutex picture_mutex_;
+    /// The paint handler sets it where it did not get the lock, who held the lock then has the view
+    /// painted again.
+    std::atomic<bool> painting_missed_ = false;
     BKOperation<VideoPlayerkel> operation_{this};
 };
 

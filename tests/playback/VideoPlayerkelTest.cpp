@@ -141,6 +141,19 @@ TEST_F(View, TreatsARateBelowOneAsOneImageASecond) {
     EXPECT_TRUE(RunToEnd());
 }
 
+TEST_F(View, PlaysAtARateThatNoScreenHas) {
+    OpenFilm({.images = 40, .images_per_second = 32767});
+    view_.StepFrames(3);
+    ASSERT_TRUE(view_.FastForward());
+    EXPECT_TRUE(RunToEnd());
+    EXPECT_EQ(Steps(), (std::vector<INT_PTR>{3}));
+    ASSERT_TRUE(view_.FastBackward());
+    EXPECT_TRUE(RunToEnd());
+    ASSERT_TRUE(view_.PlayNormal(nullptr));
+    EXPECT_TRUE(PumpUntil([this] { return parent_.Count(NotifyEnded) == 1; }));
+    EXPECT_TRUE(RunToEnd());
+}
+
 TEST_F(View, HoldsASilentPicture) {
     OpenFilm({.images = 200, .images_per_second = 100});
     ASSERT_TRUE(view_.PlayNormal(nullptr));
@@ -218,6 +231,28 @@ TEST_F(View, ClosesAtOnceWhatPlaysAndDiesWithItsWindow) {
     DestroyWindow(parent_.Window());
     EXPECT_FALSE(view_.IsRunning());
     EXPECT_FALSE(view_.IsTrackOpen());
+}
+
+TEST_F(View, NeverShowsItsBackgroundBelowThePictureWhileAFilmPlays) {
+    OpenFilm({.images = 3000, .images_per_second = 1000});
+    view_.SetZoom(7);
+    view_.Redraw();
+    lum.ProcessMessages();
+    view_.ToggleContinuous();
+    ASSERT_TRUE(view_.PlayNormal(nullptr));
+    const DWORD start = GetTickCount();
+    while (GetTickCount() - start < 1000) {
+        view_.Redraw();
+        lum.ProcessMessages();
+        ASSERT_NE(PixelOf(view_, 3, 3), kDarkBlue);
+        ASSERT_NE(PixelOf(view_, 2 * kImageWidth - 1, 2 * kImageHeight - 1), kDarkBlue);
+        ASSERT_EQ(PixelOf(view_, 2 * kImageWidth, 3), kDarkBlue);
+    }
+    // A smaller picture leaves nothing of the larger one.
+    view_.SetZoom(3);
+    view_.Redraw();
+    EXPECT_TRUE(PumpUntil([this] { return PixelOf(view_, kImageWidth, 3) == kDarkBlue; }));
+    EXPECT_NE(PixelOf(view_, 3, 3), kDarkBlue);
 }
 
 TEST_F(View, SurvivesEveryCommandInEveryStateAndIsPaintedMeanwhile) {
