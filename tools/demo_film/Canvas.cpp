@@ -78,10 +78,11 @@ void Canvas::FillLine(Point from, Point to, float from_radius, float to_radius, 
         colour, opacity, softness);
 }
 
-void Canvas::Store(ByteSpan bits) const {
-    ByteWriter writer{bits};
-    for (int y = height_ - 1; y >= 0; --y) {
-        for (int x = 0; x < width_; ++x) {
+void Canvas::StoreChanges(ByteSpan bits) const {
+    for (int y = changed_.top; y < changed_.bottom; ++y) {
+        const int first = (height_ - 1 - y) * width_ + changed_.left;
+        ByteWriter writer{bits.subspan(static_cast<std::size_t>(first) * 2)};
+        for (int x = changed_.left; x < changed_.right; ++x) {
             const float threshold = kPattern[static_cast<std::size_t>(
                 y % kPatternSide * kPatternSide + x % kPatternSide)];
             const Colour& colour = At(x, y);

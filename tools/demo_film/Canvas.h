@@ -71,7 +71,7 @@ float DistanceToRoundedBox(Point point, Point centre, Point half_size, float cor
 class Canvas {
 public:
     Canvas(int width, int height)
-        : width_(width), height_(height),
+        : width_(width), height_(height), changed_{0, 0, width, height},
           pixels_(static_cast<std::size_t>(width) * static_cast<std::size_t>(height)) {}
 
     int Width() const { return width_; }
@@ -84,6 +84,7 @@ public:
         const int top = std::max(0, static_cast<int>(std::floor(box.top)) - 1);
         const int right = std::min(width_, static_cast<int>(std::ceil(box.right)) + 2);
         const int bottom = std::min(height_, static_cast<int>(std::ceil(box.bottom)) + 2);
+        NoteChange(left, top, right, bottom);
         for (int y = top; y < bottom; ++y) {
             for (int x = left; x < right; ++x) {
                 const Point point{static_cast<float>(x) + 0.5F, static_cast<float>(y) + 0.5F};
@@ -113,10 +114,24 @@ public:
 
     /// The picture in 5-5-5 pixels, rows bottom-up. Shades in between are dotted in a fixed
     /// pattern: smooth to the eye, and the same wherever nothing moved.
-    /// @param bits  Width() x Height() x 2 bytes; the width must be even
-    void Store(ByteSpan bits) const;
+    /// @param bits  Width() x Height() x 2 bytes; the width must be even. Only what was drawn on
+    ///              since ForgetChanges is written.
+    void StoreChanges(ByteSpan bits) const;
+    /// What was drawn so far is known to whoever asks next.
+    void ForgetChanges() { changed_ = {width_, height_, 0, 0}; }
 
 private:
+    struct Area {
+        int left = 0;
+        int top = 0;
+        int right = 0;
+        int bottom = 0;
+    };
+
+    void NoteChange(int left, int top, int right, int bottom) {
+        changed_ = {std::min(changed_.left, left), std::min(changed_.top, top),
+                    std::max(changed_.right, right), std::max(changed_.bottom, bottom)};
+    }
     Colour& At(int x, int y) {
         return pixels_[static_cast<std::size_t>(y) * static_cast<std::size_t>(width_) +
                        static_cast<std::size_t>(x)];
@@ -125,6 +140,7 @@ private:
 
     int width_;
     int height_;
+    Area changed_; ///< since ForgetChanges; at first nothing is known to anybody
     std::vector<Colour> pixels_;
 };
 

@@ -4,6 +4,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <cmath>
 #include <string>
 
@@ -164,12 +165,15 @@ void DrawHand(Canvas& canvas, double turns) {
 } // namespace
 
 ClockPicture::ClockPicture(int images_per_second)
-    : images_per_second_(images_per_second), still_(kWidth, kHeight) {
+    : images_per_second_(images_per_second), still_(kWidth, kHeight),
+      still_bits_(std::size_t{kWidth} * kHeight * 2) {
     DrawBackground(still_);
     DrawFace(still_);
     DrawTicks(still_);
     DrawSmallDial(still_, images_per_second);
     DrawWindow(still_);
+    still_.StoreChanges(still_bits_);
+    still_.ForgetChanges();
 }
 
 void ClockPicture::Draw(int image, ByteSpan bits) const {
@@ -180,7 +184,8 @@ void ClockPicture::Draw(int image, ByteSpan bits) const {
                {.height = 27, .stroke = 3.4F, .colour = kWindowDigits});
     const double seconds = static_cast<double>(image) / images_per_second_;
     DrawHand(canvas, seconds / kTicks);
-    canvas.Store(bits);
+    std::ranges::copy(still_bits_, bits.begin());
+    canvas.StoreChanges(bits);
 }
 
 } // namespace kelvo::demo

@@ -6,6 +6,9 @@
 #include "framework/base/Bytes.h"
 #include "tools/demo_film/Canvas.h"
 
+#include <cstdint>
+#include <vector>
+
 namespace kelvo::demo {
 
 class ClockPicture {
@@ -23,6 +26,7 @@ public:
 private:
     int images_per_second_;
     Canvas still_; ///< everything that never moves
+    std::vector<std::uint8_t> still_bits_;
 };
 
 } // namespace kelvo::demo
