@@ -7,6 +7,7 @@
 #include "playback/VideoPlayerkel.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace kelvo {
 namespace {
@@ -42,6 +43,7 @@ bool AudioPlayerkel::HandleMessage(UINT message, WPARAM wparam, LPARAM lparam) {
 }
 
 bool AudioPlayerkel::OpenAudio(const CString& name) {
+    if (device_active_) CloseAudio(); // it plays from the buffers that are made anew
     if (!track_.OpenForRead(name)) return false;
     playing_ = false;
     paused_ = false;
@@ -67,6 +69,7 @@ bool AudioPlayerkel::Play(VideoPlayerkel* video) {
     stopping_ = false;
     fast_forward_ = false;
     current_buffer_ = 0;
+    begins_anew_ = false;
     heard_ = false;
     run_out_ = false;
     const MMRESULT result = waveOutOpen(&wave_out_, WAVE_MAPPER, track_.GetWaveFormat(),
@@ -105,15 +108,15 @@ bool AudioPlayerkel::OnDeviceOpen() {
     std::uint32_t capture_time = 0;
     frame_read_ = track_.CurrentAudioFrame();
     const bool first_read = track_.ReadNextAudioFrame(next, capture_time);
+    if (!first_read) run_out_ = true; // before the count, which says nothing any more
     played_frame_counter_ = next;
     if (!first_read) {
-        run_out_ = true;
         CloseDevice();
         return true;
     }
     FillBuffer(0);
     current_buffer_ = 0;
-    const bool second_read = ReadNextFrame();
+    const bool second_read = ReadNextFrame() || BeginAnewBehindLastFrame();
     if (second_read) FillBuffer(1);
     Notify(NotifyAudioStarted, reinterpret_cast<INT_PTR>(buffers_[0].data()),
            reinterpret_cast<INT_PTR>(buffers_[1].data()));
@@ -123,14 +126,11 @@ bool AudioPlayerkel::OnDeviceOpen() {
     paused_ = false;
     device_active_ = true;
     QueueBuffer(0);
-    // A track of one frame has nothing for the second buffer: the first one's end closes the
-    // device.
+    current_buffer_ = 1;
     if (second_read) {
-        current_buffer_ = 1;
         QueueBuffer(1);
     } else {
-        current_buffer_ = 1;
-        EndOfTrack();
+        EndOfTrack(); // nothing for the second buffer: the first one's end closes the device
     }
     return true;
 }
@@ -148,6 +148,7 @@ bool AudioPlayerkel::OnBufferDone(WAVEHDR* header) {
         CloseDevice();
         return true;
     }
+    if (std::exchange(begins_anew_, false)) played_frame_counter_ = 0;
     if (!(fast_forward_ && linked_video_ == nullptr ? ReadFastForward() : ReadNormal())) {
         EndOfTrack();
         return true;
@@ -163,11 +164,8 @@ bool AudioPlayerkel::OnDeviceClosed() {
     paused_ = false;
     stopping_ = true;
     playing_ = false;
-    device_active_ = false;
-    closing_ = false;
     fast_forward_ = false;
-    heard_device_ = nullptr;
-    wave_out_ = nullptr;
+    ForgetDevice();
     if (linked_video_ != nullptr) linked_video_->StopPlayback();
     Notify(NotifyAudioClosed, 0, 0);
     return true;
@@ -180,6 +178,14 @@ bool AudioPlayerkel::ReadNextFrame() {
     std::uint32_t capture_time = 0;
     frame_read_ = track_.CurrentAudioFrame();
     return track_.ReadNextAudioFrame(unused_number, capture_time);
+}
+
+// Playing starts at the last frame: the first one is queued behind it at once, but not counted
+// before it is heard.
+bool AudioPlayerkel::BeginAnewBehindLastFrame() {
+    if (!continuous_ || !track_.GoToAudioFrame(0)) return false;
+    begins_anew_ = ReadNextFrame();
+    return begins_anew_;
 }
 
 bool AudioPlayerkel::ReadNormal() {
@@ -285,6 +291,15 @@ void AudioPlayerkel::WaitForDeviceClose() {
         DispatchDeviceMessages();
         if (device_active_) Sleep(1);
     }
+    if (device_active_) ForgetDevice();
+}
+
+// One that does not report its close is left to itself; what it still says is dropped.
+void AudioPlayerkel::ForgetDevice() {
+    device_active_ = false;
+    closing_ = false;
+    heard_device_ = nullptr;
+    wave_out_ = nullptr;
 }
 
 bool AudioPlayerkel::CloseAudio() {
@@ -304,10 +319,7 @@ bool AudioPlayerkel::CloseAudio() {
     stopping_ = true;
     playing_ = false;
     fast_forward_ = false;
-    device_active_ = false;
-    closing_ = false;
-    heard_device_ = nullptr;
-    wave_out_ = nullptr;
+    ForgetDevice();
     if (track_.IsTrackOpen()) {
         track_.Close();
         DestroyWindow(Window());

@@ -83,6 +83,7 @@ private:
     bool OnDeviceClosed();
     bool ReadNextFrame();
     bool ReadNormal();
+    bool BeginAnewBehindLastFrame();
     bool ReadFastForward();
     int SkipCount() const;
     void FillBuffer(std::size_t number);
@@ -90,6 +91,7 @@ private:
     void EndOfTrack();
     void CloseDevice();
     void WaitForDeviceClose();
+    void ForgetDevice();
     void DispatchDeviceMessages() const;
     void AllocateBuffers();
     void FreeBuffers();
@@ -102,6 +104,7 @@ private:
     std::array<std::vector<std::uint8_t>, 2> buffers_;
     std::size_t current_buffer_ = 0;    ///< the one queued last
     int frame_read_ = 0;                ///< number of the frame that the track's buffer holds
+    bool begins_anew_ = false;          ///< the second buffer holds the first frame again
     bool stream_inside_sample_ = false; ///< the bytes queued so far end with half a 16-bit sample
 
     bool playing_ = false;

@@ -75,19 +75,43 @@ TEST_F(Sound, PlaysTracksOfOneAndTwoFrames) {
     }
 }
 
-TEST_F(Sound, BeginsAnewAtItsEndWhenContinuous) {
+struct RoundCase {
+    const char* name;
+    int from;
+    std::vector<int> counts; ///< at each refilled buffer
+};
+class EndlessSound : public Sound, public testing::WithParamInterface<RoundCase> {};
+const RoundCase kRoundCases[] = {
+    {"FromItsFirstFrame", 0, {2, 0, 1, 2, 0}},
+    {"FromItsLastFrame", 2, {1, 2, 0, 1, 2}},
+};
+TEST_P(EndlessSound, BeginsAnewAtItsEnd) {
     OpenSound({.frames = 3});
     player_.SetContinuous(true);
+    player_.SetPosition(GetParam().from);
     std::vector<int> counts;
     parent_.on_notification = [&](int code, INT_PTR, INT_PTR) {
         if (code == NotifyAudioBuffer) counts.push_back(player_.PlayedFrameCounter());
     };
     ASSERT_TRUE(player_.Play(nullptr));
     ASSERT_TRUE(PumpUntil([&] { return counts.size() >= 5; }));
-    EXPECT_EQ(std::vector<int>(counts.begin(), counts.begin() + 5),
-              (std::vector<int>{2, 0, 1, 2, 0}));
+    EXPECT_EQ(std::vector<int>(counts.begin(), counts.begin() + 5), GetParam().counts);
     player_.CloseAudio();
     parent_.on_notification = nullptr;
+}
+INSTANTIATE_TEST_SUITE_P(All, EndlessSound, testing::ValuesIn(kRoundCases),
+                         [](const auto& test) { return std::string(test.param.name); });
+
+TEST_F(Sound, OpensAnotherTrackWhileItPlays) {
+    OpenSound({.frames = 50});
+    ASSERT_TRUE(player_.Play(nullptr));
+    ASSERT_TRUE(PumpUntil([this] { return player_.PlayedFrameCounter() >= 2; }));
+    OpenSound({.frames = 2, .rate = 4000}); // of smaller buffers
+    EXPECT_FALSE(player_.IsDeviceActive());
+    EXPECT_EQ(player_.PlayedFrameCounter(), 0);
+    ASSERT_TRUE(player_.Play(nullptr));
+    EXPECT_TRUE(RunToClose());
+    EXPECT_EQ(player_.PlayedFrameCounter(), 2);
 }
 
 TEST_F(Sound, PausesAndResumes) {
