@@ -22,11 +22,16 @@
 #include <QWindow>
 
 #include <algorithm>
+#include <chrono>
 #include <optional>
+#include <thread>
 
 using namespace kelvo::desktop;
 
 namespace {
+
+constexpr std::chrono::milliseconds kLongestTakeOver{500}; // of a window that nobody sees
+constexpr std::chrono::milliseconds kTakeOverPoll{1};
 
 /// What CreateWindowExA was asked for, its defaults filled in.
 struct Creation {
@@ -65,6 +70,18 @@ Qt::WindowFlags FlagsFor(DWORD style, DWORD extended_style) {
     }
     if ((extended_style & WS_EX_TOPMOST) != 0) flags |= Qt::WindowStaysOnTopHint;
     return flags;
+}
+
+/// The desktop takes a new window over in its own time, and until then puts it where and as large
+/// as it likes: what the program wishes meanwhile would be lost.
+void WaitUntilShown(const FrameWidget& frame) {
+    UiLoop* const loop = UiLoop::Instance();
+    const auto deadline = std::chrono::steady_clock::now() + kLongestTakeOver;
+    while (loop != nullptr && frame.isVisible() && !frame.windowHandle()->isExposed() &&
+           std::chrono::steady_clock::now() < deadline) {
+        loop->Step(Waiting::No);
+        std::this_thread::sleep_for(kTakeOverPoll);
+    }
 }
 
 HWND AddToTable(const Creation& creation) {
@@ -250,7 +267,10 @@ BOOL ShowWindow(HWND window, int command) {
         QWidget* const outermost =
             view->frame ? static_cast<QWidget*>(view->frame.data()) : view->client.data();
         outermost->setVisible(show);
-        if (view->frame) OnFrameMoved(window);
+        if (view->frame) {
+            if (show) WaitUntilShown(*view->frame);
+            OnFrameMoved(window);
+        }
         WakeUiThread();
         return was_visible;
     };
