@@ -20,7 +20,6 @@ constexpr char kStartFailedCaption[] = "Impossibile aprire il file!";
 constexpr char kMenu[] = "MENUKELVOWIN";
 
 constexpr int kLightGrey = 7;
-constexpr int kPlayedOnce = 200;
 constexpr int kExitThreshold = 100;
 constexpr LONG kSoundOnlyWidth = 400;
 constexpr LONG kSoundOnlyExtraHeight = 160;
@@ -35,8 +34,9 @@ KelvoWinkel::KelvoWinkel() {
 }
 
 KelvoWinkel::~KelvoWinkel() {
-    // The window goes first: its WM_DESTROY still needs the members.
+    // Window and players go first: what they report meanwhile still needs the members.
     if (HasWindow()) DestroyWindow(Window());
+    CloseWhatIsOpen();
     if (GetMenuItemCount(MenuHandle()) >= 0) DestroyMenu(MenuHandle());
 }
 
@@ -70,7 +70,7 @@ bool KelvoWinkel::OnCreate() {
         Post(WM_COMMAND, static_cast<WPARAM>(Command::OpenNamed),
              reinterpret_cast<LPARAM>(current_file_.Text()));
     }
-    if ((options_ & kStartTopmost) != 0) OnToggleTopmost();
+    if ((options_ & kStartTopmost) != 0) ShowTopmost(true);
     return false;
 }
 
@@ -126,7 +126,7 @@ bool KelvoWinkel::OnCommand(Command command, LPARAM lparam) {
         OnToggleContinuous();
         return true;
     case Command::Topmost:
-        OnToggleTopmost();
+        ShowTopmost(!topmost_);
         return true;
     default:
         return OnTransportCommand(command);
@@ -167,7 +167,7 @@ void KelvoWinkel::OnPlaybackEnded() {
 bool KelvoWinkel::Open(const CString& name) {
     const TrackNames names = ResolveTrackNames(name);
     CloseWhatIsOpen();
-    if (!video_.OpenVideo(names.video)) return OpenSoundOnly(names.audio, names.is_kva);
+    if (!video_.OpenVideo(names.video)) return OpenSoundOnly(names.audio);
     RememberOpened(names.video);
     video_.StepFrames(-video_.CurrentFrame());
     SetFilmTitle(audio_.OpenAudio(names.audio) ? kTitleFilm : kTitleNoSound, names.video);
@@ -175,7 +175,7 @@ bool KelvoWinkel::Open(const CString& name) {
     return true;
 }
 
-bool KelvoWinkel::OpenSoundOnly(const CString& audio_name, bool /*is_kva*/) {
+bool KelvoWinkel::OpenSoundOnly(const CString& audio_name) {
     if (!audio_.OpenAudio(audio_name)) {
         SetTitle(kTitle);
         return ErrorBox(kCannotOpen);
@@ -200,6 +200,7 @@ void KelvoWinkel::CloseWhatIsOpen() {
     }
     no_video_ = false;
     audio_.SetParent(nullptr);
+    position_bar_.Update({.value = 0, .total = 1});
 }
 
 void KelvoWinkel::RememberOpened(const CString& name) {
@@ -224,14 +225,9 @@ void KelvoWinkel::OnOpenNamed(const char* name) {
 }
 
 void KelvoWinkel::OnCloseFilm() {
-    audio_.StopAudio();
-    video_.StopPlayback();
-    video_.CloseVideo();
-    audio_.CloseAudio();
-    audio_.SetParent(nullptr);
-    no_video_ = false;
+    StopPlayers();
+    CloseWhatIsOpen();
     SetTitle(kTitle);
-    position_bar_.Update({.value = 0, .total = 1});
     video_.Redraw();
 }
 
@@ -248,8 +244,8 @@ void KelvoWinkel::OnToggleContinuous() {
     CheckMenu(Command::Continuous, video_.IsContinuous());
 }
 
-void KelvoWinkel::OnToggleTopmost() {
-    topmost_ = !topmost_;
+void KelvoWinkel::ShowTopmost(bool topmost) {
+    topmost_ = topmost;
     if (topmost_) {
         SetTopmost();
     } else {

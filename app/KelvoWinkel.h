@@ -77,6 +77,8 @@ public:
     const CProgressBar& PositionBar() const { return position_bar_; }
 
 private:
+    static constexpr int kPlayedOnce = 200; ///< of play_marker_
+
     bool OnCreate();
     bool OnSize();
     bool OnCommand(Command command, LPARAM lparam);
@@ -85,7 +87,7 @@ private:
 
     // Opening
     void CloseWhatIsOpen();
-    bool OpenSoundOnly(const CString& audio_name, bool is_kva);
+    bool OpenSoundOnly(const CString& audio_name);
     void OnOpenNamed(const char* name);
     void OnCloseFilm();
     void SetFilmTitle(const char* prefix, const CString& name);
@@ -100,7 +102,7 @@ private:
     RECT RoomForPicture() const;
     void OnZoom(Command command);
     void OnToggleContinuous();
-    void OnToggleTopmost();
+    void ShowTopmost(bool topmost);
     void CheckMenu(Command command, bool checked) const;
 
     // Transport
@@ -108,6 +110,7 @@ private:
     bool RefuseWith(const char* text) const;
     void StopPlayers();
     void WaitUntilStopped() const;
+    bool WaitForNextSeek() const;
     void PlayFromHere();
     void RewindAtEnd();
     void OnToStart();
@@ -128,7 +131,9 @@ private:
     AudioPlayerkel audio_;
     VideoPlayerkel video_;
     CProgressBar position_bar_;
-    int play_marker_ = 0; ///< above 100 once Play was chosen, or the film of the start failed
+    /// Above 100 once Play was chosen, or the film of the start failed. UI thread writes, the
+    /// picture's thread reads.
+    std::atomic<int> play_marker_ = 0;
     bool topmost_ = false;
     CString current_file_;
     std::uint32_t options_ = 0;

@@ -3,6 +3,7 @@
 
 #include "app/KelvoWinkel.h"
 #include "app/TerminalProgress.h"
+#include "platform/base/clock.h"
 #include "platform/base/threads.h"
 #include "platform/desktop/messages.h"
 
@@ -16,9 +17,9 @@ constexpr char kNoFile[] = "Nessun File Aperto!";
 constexpr char kNoFileToForward[] = "Nessun file Aperto!";
 constexpr char kNoVideo[] = "Nessun Video Aperto!";
 
-constexpr int kPlayedOnce = 200;
 /// Between the picture of a seek and its sound, so that several clicks in a row do not stutter.
 constexpr DWORD kSeekPauseMs = 500;
+constexpr DWORD kSeekPollMs = 10;
 
 } // namespace
 
@@ -164,6 +165,20 @@ void KelvoWinkel::PlayFromHere() {
     if (has_sound && !audio_.Play(nullptr) && video_.IsTrackOpen()) video_.PlayNormal(nullptr);
 }
 
+// Clicks that come faster than the pause would queue up for minutes, each played for a moment: the
+// last one starts the film.
+bool KelvoWinkel::WaitForNextSeek() const {
+    const DWORD start = GetTickCount();
+    while (GetTickCount() - start < kSeekPauseMs) {
+        Sleep(kSeekPollMs);
+        MSG click{};
+        const bool waits = PeekMessageA(&click, position_bar_.Window(), WM_LBUTTONDOWN,
+                                        WM_LBUTTONDOWN, PM_NOREMOVE) != FALSE;
+        if (waits && click.message == WM_LBUTTONDOWN) return true; // WM_QUIT passes every filter
+    }
+    return false;
+}
+
 void KelvoWinkel::OnSeek(int position) {
     if (IsNothingOpen()) return;
     video_.StopPlayback();
@@ -175,8 +190,7 @@ void KelvoWinkel::OnSeek(int position) {
     }
     video_.StepFrames(position - video_.CurrentFrame());
     audio_.SyncToVideo(video_);
-    Sleep(kSeekPauseMs);
-    PlayFromHere();
+    if (!WaitForNextSeek()) PlayFromHere();
 }
 
 // --- position and time -------------------------------------------------------------------------

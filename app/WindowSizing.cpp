@@ -10,8 +10,6 @@ namespace {
 /// What the window needs around the picture in the zoom modes.
 constexpr LONG kZoomExtraWidth = 10;
 constexpr LONG kZoomExtraHeight = 72;
-/// What the fit leaves free below the picture.
-constexpr LONG kFitReserve = 22;
 /// How much larger than the picture a screen must be for the natural size.
 constexpr LONG kScreenExtraWidth = 10;
 constexpr LONG kScreenExtraHeight = 100;
@@ -79,7 +77,7 @@ void KelvoWinkel::SizeByFit() {
 RECT KelvoWinkel::RoomForPicture() const {
     RECT room{};
     GetClientRect(Window(), &room);
-    room.bottom -= kFitReserve;
+    room.bottom -= VideoPlayerkel::kFitReserve;
     return room;
 }
 

@@ -27,8 +27,6 @@ constexpr LONG kLogoHeight = 68;
 constexpr DWORD kLoopEndWaitMs = 2000;
 /// The loop looks at its flag every few milliseconds; a longer poll would only make closing slow.
 constexpr DWORD kLoopEndPollMs = 2;
-/// What the fit leaves free below the picture.
-constexpr LONG kFitReserve = 22;
 constexpr LONG kSmallestRoom = 10;
 
 void RegisterViewClass() {

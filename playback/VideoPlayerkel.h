@@ -38,6 +38,9 @@ enum class Zoom : int {
 
 class VideoPlayerkel : public CWin {
 public:
+    /// What fitting leaves free below the picture.
+    static constexpr LONG kFitReserve = 22;
+
     VideoPlayerkel();
     ~VideoPlayerkel() override;
     bool HandleMessage(UINT message, WPARAM wparam, LPARAM lparam) override;
