@@ -17,6 +17,8 @@ public:
     /// @param bytes_per_second  of the stream
     /// @param latency           from the taking of a block until its first sample is heard
     HeardClock(std::uint32_t bytes_per_second, Duration latency);
+    /// For a latency that is known only later; before the first block.
+    void SetLatency(Duration latency) { latency_ = latency; }
 
     /// The device takes a block now. @return when its first byte is heard
     Time TakeBlock(Time now, std::size_t block_bytes);

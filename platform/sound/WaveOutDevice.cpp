@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <string_view>
 
 namespace kelvo::platform {
 namespace {
@@ -16,6 +17,10 @@ namespace {
 constexpr std::uint32_t kBlocksPerSecond = 100;
 /// Blocks between the taking of one and its being heard: the one that plays and the one that waits.
 constexpr int kBlocksAhead = 2;
+/// A sound server takes a block when the one before begins to play: measured at 8000, 22050 and
+/// 44100 samples a second, within 0.3 ms. The silent driver waits a block after each.
+constexpr int kBlocksAheadOfServer = 1;
+constexpr std::string_view kDriversOneBlockAhead[] = {"pulseaudio", "dummy"};
 constexpr std::uint16_t kBitsOfByteSample = 8;
 
 std::uint16_t SamplesPerBlock(std::uint32_t rate) {
@@ -23,16 +28,21 @@ std::uint16_t SamplesPerBlock(std::uint32_t rate) {
         std::bit_floor(std::clamp<std::uint32_t>(rate / kBlocksPerSecond, 32, 4096)));
 }
 
-HeardClock::Duration LatencyOf(const WAVEFORMATEX& format) {
+int BlocksAhead(std::string_view driver) {
+    return std::ranges::find(kDriversOneBlockAhead, driver) != std::end(kDriversOneBlockAhead)
+               ? kBlocksAheadOfServer
+               : kBlocksAhead;
+}
+
+HeardClock::Duration LatencyOf(const WAVEFORMATEX& format, std::string_view driver) {
     return std::chrono::nanoseconds(std::int64_t{SamplesPerBlock(format.nSamplesPerSec)} *
-                                    kBlocksAhead * 1'000'000'000 / format.nSamplesPerSec);
+                                    BlocksAhead(driver) * 1'000'000'000 / format.nSamplesPerSec);
 }
 
 } // namespace
 
 WaveOutDevice::WaveOutDevice(HWAVEOUT handle, HWND window, const WAVEFORMATEX& format)
-    : handle_(handle), window_(window), format_(format),
-      clock_(format.nAvgBytesPerSec, LatencyOf(format)) {}
+    : handle_(handle), window_(window), format_(format), clock_(format.nAvgBytesPerSec, {}) {}
 
 WaveOutDevice::~WaveOutDevice() {
     if (thread_.joinable()) thread_.join();
@@ -56,6 +66,10 @@ MMRESULT WaveOutDevice::Open() {
     if (device_ == 0) {
         SDL_QuitSubSystem(SDL_INIT_AUDIO);
         return MMSYSERR_ALLOCATED;
+    }
+    {
+        const std::lock_guard lock(mutex_);
+        clock_.SetLatency(LatencyOf(format_, SDL_GetCurrentAudioDriver()));
     }
     thread_ = std::thread(&WaveOutDevice::Serve, this);
     SDL_PauseAudioDevice(device_, 0);

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cmath>
 #include <filesystem>
+#include <numeric>
 
 namespace kelvo::test {
 namespace {
@@ -18,6 +19,7 @@ constexpr std::uint16_t kWhite = 0x7FFF;
 // A start click and eight that say one bit each, a millisecond a click: up is 1, down is 0.
 constexpr int kBits = 8;
 constexpr double kClickMs = 1.0;
+constexpr double kClickMargin = 0.2; ///< what is left out at either side when a click is read
 constexpr int kSilence8 = 127;
 constexpr int kLoud8 = 100;
 constexpr int kLoud16 = 25000;
@@ -137,19 +139,21 @@ std::optional<int> ReadBarCode(const VirtualScreen& screen, int left, int top) {
 std::vector<HeardFrame> HeardFrames(const Recording& recording) {
     constexpr double kClickSamples = SoundServer::kRate * kClickMs / 1000;
     std::vector<HeardFrame> frames;
-    // The offset of the whole recording is looked for once.
-    const Clock::time_point start = recording.HeardAt(0);
     const auto& samples = recording.samples;
     std::size_t at = recording.FirstLoud(0, kThreshold);
     while (at + static_cast<std::size_t>((kBits + 2) * kClickSamples) < samples.size()) {
         int code = 0;
         for (int bit = 0; bit < kBits; ++bit) {
-            const double middle = static_cast<double>(at) + (bit + 1.45) * kClickSamples;
-            if (samples[static_cast<std::size_t>(middle)] > 0) code |= 1 << bit;
+            const auto begin =
+                at + static_cast<std::size_t>((bit + 1 + kClickMargin) * kClickSamples);
+            const auto end =
+                at + static_cast<std::size_t>((bit + 2 - kClickMargin) * kClickSamples);
+            const float sum =
+                std::accumulate(samples.begin() + static_cast<std::ptrdiff_t>(begin),
+                                samples.begin() + static_cast<std::ptrdiff_t>(end), 0.0F);
+            if (sum > 0) code |= 1 << bit;
         }
-        const auto after_start = std::chrono::duration_cast<Clock::duration>(
-            std::chrono::duration<double>(static_cast<double>(at) / SoundServer::kRate));
-        frames.push_back({code, start + after_start});
+        frames.push_back({code, recording.HeardAt(static_cast<double>(at))});
         at = recording.FirstLoud(at + static_cast<std::size_t>((kBits + 4) * kClickSamples),
                                  kThreshold);
     }

@@ -72,9 +72,16 @@ Area Player::Geometry() const {
     return stage_.Screen().Geometry(Window()).value_or(Area{});
 }
 
-Area Player::Picture(int width, int height) const {
+std::optional<Area> Player::WaitForPicture(int width, int height) {
+    const auto is_placed = [&] {
+        const auto outer = stage_.Screen().OuterGeometry(Window());
+        return outer && outer->x == 0 && outer->y == 0 && Geometry().width == width;
+    };
+    if (!WaitUntil([&] { return is_placed() || !process_.IsRunning(); }) || !is_placed()) {
+        return std::nullopt;
+    }
     const Area window = Geometry();
-    return {window.x, window.y + window.height - height, width, height};
+    return Area{window.x, window.y + window.height - height, width, height};
 }
 
 std::vector<std::string> Player::Boxes() const {

@@ -47,8 +47,9 @@ public:
     VirtualScreen::WindowId Window() const;
     std::string Title() const;
     Area Geometry() const;
-    /// Where the picture of a natural size begins on the screen.
-    Area Picture(int width, int height) const;
+    /// Waits until the window stands at the top left, exactly around a picture of this size.
+    /// @return the picture's place on the screen, or nothing when the window never got there
+    std::optional<Area> WaitForPicture(int width, int height);
     /// Windows other than the main one, by title.
     std::vector<std::string> Boxes() const;
     bool WaitForBox(const std::string& title);

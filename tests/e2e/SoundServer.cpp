@@ -13,6 +13,8 @@ namespace {
 
 constexpr char kSink[] = "loudspeaker";
 constexpr std::chrono::microseconds kSameBlock{1500};
+/// The server's clock runs a little fast or slow against ours; over this time that does not show.
+constexpr double kSteadySeconds = 0.4;
 /// Of the recorder: small, so that times are exact.
 constexpr std::uint32_t kFragmentMs = 10;
 
@@ -130,14 +132,15 @@ int SoundServer::PlayingStreams() const {
 // --- the recording -----------------------------------------------------------------------------
 
 Clock::time_point Recording::HeardAt(double sample) const {
-    Clock::duration offset = Clock::duration::max();
     const auto length = [](double count) {
         return std::chrono::duration_cast<Clock::duration>(
             std::chrono::duration<double>(count / SoundServer::kRate));
     };
+    Clock::duration offset = Clock::duration::max();
     for (const Block& block : blocks) {
-        offset = std::min(offset, block.at.time_since_epoch() -
-                                      length(static_cast<double>(block.first_sample)));
+        const auto first = static_cast<double>(block.first_sample);
+        if (std::fabs(first - sample) > kSteadySeconds * SoundServer::kRate) continue;
+        offset = std::min(offset, block.at.time_since_epoch() - length(first));
     }
     return Clock::time_point(offset + length(sample));
 }

@@ -45,8 +45,7 @@ struct Recording {
     std::vector<float> samples; ///< mono, -1 to 1
     std::vector<Block> blocks;
 
-    /// When a sample was heard. The server's clock and ours are the same, so that one offset holds
-    /// for the whole recording: that of the block that was held up least.
+    /// When a sample was heard: told by the one of the blocks around it that was held up least.
     Clock::time_point HeardAt(double sample) const;
     /// The first sample louder than a threshold, from one on; the count of samples without any.
     std::size_t FirstLoud(std::size_t from, float threshold) const;

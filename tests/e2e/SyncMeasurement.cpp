@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <utility>
 
 namespace kelvo::test {
 namespace {
@@ -88,7 +89,8 @@ Agreement Compare(const CodedFilmPlan& plan, const std::vector<SeenImage>& seen,
     for (const SeenImage& image : seen) {
         const int step = image.number - before;
         if (before >= 0 && step > 1 && step <= plan.images_per_second) agreement.missed += step - 1;
-        before = image.number;
+        // The image that is there when the watching begins stands still from the film's opening on.
+        if (std::exchange(before, image.number) < 0) continue;
         const int code = plan.AudioFrameOf(image.number) % kFrameCodes;
         const double after_frame = plan.IndexInAudioFrame(image.number) * plan.PeriodMs();
         double nearest = kNearMs;

@@ -37,8 +37,12 @@ SyncRun PlayCodedFilm(const Stage& stage, const CodedFilmPlan& plan) {
         run.problem = "the player did not open the film: " + player.Process().Errors();
         return run;
     }
-    const Area picture = player.Picture(kCodedWidth, kCodedHeight);
-    ImageWatcher watcher(stage.Screen(), picture.x, picture.y);
+    const auto picture = player.WaitForPicture(kCodedWidth, kCodedHeight);
+    if (!picture) {
+        run.problem = "the window did not take the film's size";
+        return run;
+    }
+    ImageWatcher watcher(stage.Screen(), picture->x, picture->y);
     const bool played = WaitUntil([&] { return watcher.Current() == plan.Images() - 1; },
                                   std::chrono::seconds(plan.seconds) + kPatience);
     if (!played)
