@@ -216,7 +216,10 @@ std::string ScriptComplaint(const std::vector<std::string>& words) {
 
 /// @param all  whether every line is a command, whatever its first word is
 std::string Complaint(const std::string& line, bool all) {
-    const std::vector<std::string> words = Words(line.substr(0, line.find(" #")));
+    std::vector<std::string> words = Words(line.substr(0, line.find(" #")));
+    // What is set for one command stands before it.
+    while (all && !words.empty() && words[0].find('=') != std::string::npos)
+        words.erase(words.begin());
     if (words.empty() || words[0].starts_with('#')) return "";
     if (words[0] == "kelvotool") return ToolComplaint(words);
     if (words[0] == "cmake" || words[0] == "ctest") return BuildComplaint(words);
@@ -308,8 +311,9 @@ std::string FirstFolderAt(const std::string& line, std::size_t slash) {
 /// A path or a host that a line names and that only one machine, or somebody else, has.
 std::string ForeignPlaceIn(const std::string& line) {
     // Folders that every system of this kind has, and names that stand for any folder.
-    static const std::set<std::string> kKnown{"bin", "dev", "etc", "lib",  "proc",  "run",
-                                              "sys", "usr", "var", "film", "films", "film.kva"};
+    static const std::set<std::string> kKnown{"bin",   "dev",      "etc",    "lib", "proc",
+                                              "run",   "sys",      "usr",    "var", "film",
+                                              "films", "film.kva", "nowhere"};
     for (std::size_t slash = line.find('/'); slash != std::string::npos;
          slash = line.find('/', slash + 1)) {
         const std::string folder = FirstFolderAt(line, slash);
