@@ -122,6 +122,10 @@ std::size_t Compressionekel::StoredRoom(std::size_t record_length) const {
     return type_ == nullptr ? 0 : codec::WorstStoredLength(*type_, record_length);
 }
 
+bool Compressionekel::IsTooLong(ByteView record) const {
+    return type_->length_required && record.size() > length_;
+}
+
 std::size_t Compressionekel::Compress(ByteView record, ByteSpan stored) {
     return CompressAs(record, stored, Key::No);
 }
@@ -131,10 +135,8 @@ std::size_t Compressionekel::CompressKey(ByteView record, ByteSpan stored) {
 }
 
 std::size_t Compressionekel::CompressAs(ByteView record, ByteSpan stored, Key key) {
-    if (type_ == nullptr || stored.size() < StoredRoom(record.size()) ||
-        (type_->length_required && record.size() > length_)) {
-        return 0;
-    }
+    if (type_ == nullptr || IsTooLong(record)) return 0;
+    if (stored.size() < StoredRoom(record.size())) return 0;
     if (!type_->cmprs) return Code(record, stored, key);
     if (type_->coder == Coder::Copy) return lzss_->Encode(record, stored);
     const std::size_t length = Code(record, coded_.Span(), key);
@@ -192,7 +194,7 @@ std::uint64_t Compressionekel::Decompress(ByteView stored, ByteSpan record) {
 }
 
 Decoded Compressionekel::DecodeRecord(ByteView stored, ByteSpan record) {
-    if (type_ == nullptr) return {0, Fault::BadValue, 0};
+    if (type_ == nullptr || IsTooLong(record)) return {0, Fault::BadValue, 0};
     if (!type_->cmprs) return Uncode(stored, record);
     if (CodesInPlace(type_->coder)) {
         const Decoded undone = codec::DecodeLzss(stored, record);

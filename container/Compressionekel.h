@@ -43,14 +43,14 @@ public:
     [[nodiscard]] std::size_t CompressKey(ByteView record, ByteSpan stored);
 
     /// Decodes one stored record, any bytes whatever.
-    /// @param record  the whole record; holds the one before when the type is differential. Bytes
-    /// that
-    ///     the stream does not cover are left as they were.
+    /// @param record  the whole record, no longer than the length that was set, where the type
+    ///     needs one; holds the one before when the type is differential. Bytes that the stream
+    ///     does not cover are left as they were.
     /// @return the length that the stream describes, which a sound one shares with `record`
     [[nodiscard]] std::uint64_t Decompress(ByteView stored, ByteSpan record);
     /// As Decompress, and says what is wrong: EndsEarly when the stream describes less than
     /// `record`, TooLarge when it describes more (decoded up to the record's end), BadValue when it
-    /// holds what no encoder writes or when no type is set.
+    /// holds what no encoder writes, when `record` is too long or when no type is set.
     [[nodiscard]] Decoded DecodeRecord(ByteView stored, ByteSpan record);
 
     /// The fixed text of a type; empty for an id that the catalogue does not know.
@@ -74,6 +74,8 @@ private:
 
     void Reset();
     bool MakeWorkAreas();
+    /// For the work areas, which were made for the length that was set.
+    bool IsTooLong(ByteView record) const;
     std::size_t CompressAs(ByteView record, ByteSpan stored, Key key);
     std::size_t Code(ByteView record, ByteSpan coded, Key key);
     std::size_t CodeFrameDifference(ByteView frame, ByteSpan coded, Key key);

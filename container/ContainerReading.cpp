@@ -44,7 +44,7 @@ bool ZFilekel::ReadStoredAsIndexed(StoredRecord& stored) {
     if (index_.RecordOffset(current_record_) != Position()) return false;
     const std::size_t length = StoredLength(current_record_);
     const std::size_t room = frame_buffer_.Size() - kStoredLengthBytes - SideLength();
-    if (length > room) return false;
+    if (length > room || (IsRaw(header_) && length != RecordLength())) return false;
     const ByteSpan frame = frame_buffer_.Span().first(kStoredLengthBytes + length + SideLength());
     if (!ReadAll(frame)) return false;
     stored.stored_length = ByteReader{frame}.ReadU32();

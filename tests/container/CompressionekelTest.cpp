@@ -278,6 +278,18 @@ TEST(DamagedRecords, NeverLeaveTheirBuffersInAnyType) {
     }
 }
 
+TEST(DamagedRecords, AreRefusedForALongerRecordThanTheTypeWasSetFor) {
+    for (const CompressionType& type : codec::AllCompressionTypes()) {
+        if (!type.length_required) continue;
+        Catalogue catalogue(type.id, 64);
+        const Bytes stored = catalogue.Store(Bytes(64, 127));
+        Bytes longer(200, kUntouched);
+        EXPECT_EQ(catalogue.DecodeRecord(stored, longer), (Decoded{0, Fault::BadValue, 0}))
+            << type.id;
+        EXPECT_EQ(longer, Bytes(200, kUntouched));
+    }
+}
+
 TEST(DamagedRecords, OfAnOddPictureLengthAreNeverTakenForWhole) {
     for (const int type : {1, 2, 3, 4, 6, 7, 8, 9}) {
         Catalogue catalogue(type, 5);

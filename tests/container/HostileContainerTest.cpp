@@ -21,6 +21,7 @@ constexpr std::size_t kUserHeaderSize = 0;
 constexpr std::size_t kRecordLength = 4;
 constexpr std::size_t kSideLength = 8;
 constexpr std::size_t kRecordCount = 16;
+constexpr std::size_t kCompressionType = 20;
 constexpr std::size_t kIndexOffset = 28;
 
 /// The most memory that this process ever had, in bytes.
@@ -130,6 +131,26 @@ TEST_F(HostileContainer, WhoseIndexPointsAnywhereReadsInsideTheFile) {
         }
         boxes_.Clear();
     }
+}
+
+TEST_F(HostileContainer, WhoseTypeBecameRawReadsNoMoreThanARecord) {
+    const std::string name = Path("a.kvf");
+    MakeContainer(name, {.type = 3, .records = 6, .record_length = 128});
+    PutNumber(name, kCompressionType, 99);
+    const ByteVector bytes = FileBytes(name);
+    ZFilekel file;
+    ASSERT_TRUE(file.OpenForRead(name.c_str()));
+    bool some_longer = false;
+    for (std::uint32_t record = 0; record < 6; ++record) {
+        some_longer = some_longer || file.StoredLength(record) > 128;
+        ASSERT_TRUE(file.ReadNextRecord());
+        EXPECT_EQ(file.RecordIsDamaged(), file.StoredLength(record) != 128);
+        const ByteView stored = ByteView{bytes}.subspan(file.RecordFileOffset(record) + 4);
+        EXPECT_TRUE(std::ranges::equal(file.RecordBuffer(), stored.first(128))) << record;
+        EXPECT_TRUE(std::ranges::equal(file.SideBuffer(), Side(record, 8))) << record;
+    }
+    EXPECT_TRUE(some_longer);
+    EXPECT_THAT(Texts(), testing::Contains("FILE CORROTTO!"));
 }
 
 TEST_F(HostileContainer, OfRandomBytesDoesNoHarm) {
