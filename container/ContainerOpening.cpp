@@ -125,7 +125,7 @@ bool ZFilekel::ReadIndex(Mode mode) {
     }
     if (!CheckRecordLength(LargestStoredLength())) return false;
     if (mode == Mode::ForRead) return true;
-    return CheckIndexForEditing() && (opening_index_.CopyFrom(index_) || Fail(Fault::TooLarge));
+    return CheckIndexForEditing() && KeepOpening();
 }
 
 /// As far as the index can be believed: no record is longer than what lies between its offset and
@@ -171,6 +171,15 @@ bool ZFilekel::CheckIndexForEditing() {
         if (sound && IsRaw(header_)) sound = side - payload == RecordLength();
     }
     return sound || Fail(Fault::Mismatch, header_.IndexOffset);
+}
+
+/// What an edit will overwrite and AbandonChanges gives back.
+bool ZFilekel::KeepOpening() {
+    if (!opening_index_.CopyFrom(index_) || !opening_user_header_.Allocate(UserHeaderSize())) {
+        return Fail(Fault::TooLarge);
+    }
+    std::ranges::copy(user_header_.View(), opening_user_header_.Span().begin());
+    return true;
 }
 
 bool ZFilekel::AllocateBuffers() {

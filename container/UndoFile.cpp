@@ -27,11 +27,14 @@ constexpr const char* kSuffix = ".undo";
 constexpr std::array<std::uint8_t, platform::kOwnMarkBytes> kMark = {
     'K', 'e', 'l', 'v', 'o', ' ', 'u', 'n', 'd', 'o', ' ', 'f', 'i', 'l', 'e', '\n'};
 
-// The file: mark, then the old state (checksum, length of the container's file, header, index),
-// then, once the new index is in its place, the announced state (checksum, header).
+// The file: mark, then the old state (checksum, length of the container's file, header, user
+// header, index), then, once the new index is in its place, the announced state (checksum, header).
 constexpr std::size_t kOldState = kMark.size();
 constexpr std::size_t kChecksumBytes = 8;
 constexpr std::size_t kLengthBytes = 8;
+/// What an undo file holds beyond bytes of its container.
+constexpr std::size_t kOverhead =
+    kOldState + 2 * kChecksumBytes + kLengthBytes + kContainerHeaderBytes;
 
 static_assert(std::endian::native == std::endian::little,
               "index values are written as they lie in memory");
@@ -62,6 +65,7 @@ std::array<std::uint8_t, 8> NumberBytes(std::uint64_t number) {
 struct SavedState {
     std::uint64_t length = 0;
     ByteView header;
+    ByteView user_header;
     ByteView index;
     std::uint32_t index_offset = 0;
     ByteView new_header; ///< empty until it was announced
@@ -75,7 +79,8 @@ std::optional<SavedState> ParseSaved(ByteView bytes) {
     SavedState saved;
     saved.header = reader.ReadBytes(kContainerHeaderBytes);
     const Result<ContainerHeader> header = ParseContainerHeader(saved.header);
-    if (!header || header.Value().IndexBytes() > reader.Remaining()) return std::nullopt;
+    if (!header) return std::nullopt;
+    saved.user_header = reader.ReadBytes(header.Value().UserHeaderSize);
     saved.index = reader.ReadBytes(header.Value().IndexBytes());
     saved.index_offset = header.Value().IndexOffset;
     saved.length = ByteReader{length}.ReadU64();
@@ -83,6 +88,7 @@ std::optional<SavedState> ParseSaved(ByteView bytes) {
     Checksum found;
     found.Add(length);
     found.Add(saved.header);
+    found.Add(saved.user_header);
     found.Add(saved.index);
     if (!reader.Ok() || found.Value() != checksum) return std::nullopt;
 
@@ -118,32 +124,18 @@ bool WriteAll(int file, std::uint64_t offset, ByteView bytes) {
 }
 
 bool PutBack(int file, const SavedState& saved, std::uint64_t length) {
-    return WriteAll(file, saved.index_offset, saved.index) && WriteAll(file, 0, saved.header) &&
+    return WriteAll(file, saved.index_offset, saved.index) &&
+           WriteAll(file, kContainerHeaderBytes, saved.user_header) &&
+           WriteAll(file, 0, saved.header) &&
            (length <= saved.length || platform::SetFileSize(file, saved.length)) &&
            platform::SyncFile(file);
 }
 
-Error RecoverOpened(int file, const SavedState& saved, OwnFile& undo) {
-    std::array<std::uint8_t, kContainerHeaderBytes> header{};
-    const std::int64_t length = platform::FileSize(file);
-    if (platform::ReadFileAt(file, 0, header.data(), header.size()) !=
-        static_cast<std::int64_t>(header.size())) {
-        return {}; // too short to be the file that was saved
-    }
-    const auto size = static_cast<std::uint64_t>(length);
-    switch (StandOf(header, size, saved)) {
-    case Stand::Other:
-        return {};
-    case Stand::Old:
-        if (!PutBack(file, saved, size)) return {Fault::Unwritable, saved.index_offset};
-        break;
-    case Stand::Finished:
-        break;
-    }
-    const std::string name = undo.Name();
-    undo.Remove();
-    platform::SyncFolderOf(name);
-    return {};
+/// For reading, where it may not be written: an undo file that is another film's harms nobody then.
+int OpenFilm(const std::string& name) {
+    const int file = platform::CurrentFileCalls().open(name.c_str(), O_RDWR | O_CLOEXEC, 0);
+    if (file >= 0) return file;
+    return platform::CurrentFileCalls().open(name.c_str(), O_RDONLY | O_CLOEXEC, 0);
 }
 
 std::optional<std::vector<std::uint8_t>> ReadWhole(int file) {
@@ -152,6 +144,32 @@ std::optional<std::vector<std::uint8_t>> ReadWhole(int file) {
     std::vector<std::uint8_t> bytes(static_cast<std::size_t>(size));
     if (platform::ReadFileAt(file, 0, bytes.data(), bytes.size()) != size) return std::nullopt;
     return bytes;
+}
+
+Error RecoverOpened(int file, OwnFile& undo) {
+    std::array<std::uint8_t, kContainerHeaderBytes> header{};
+    const std::int64_t length = platform::FileSize(file);
+    if (platform::ReadFileAt(file, 0, header.data(), header.size()) !=
+        static_cast<std::int64_t>(header.size())) {
+        return {}; // too short to be the file that was saved
+    }
+    const auto size = static_cast<std::uint64_t>(length);
+    const std::int64_t undo_size = platform::FileSize(undo.Handle());
+    if (undo_size > length + static_cast<std::int64_t>(kOverhead)) return {}; // another film's
+    const std::optional<std::vector<std::uint8_t>> bytes = ReadWhole(undo.Handle());
+    if (!bytes) return {Fault::Unreadable, 0};
+    // Where it is not whole, the kill came while it was saved: nothing had been overwritten yet.
+    if (const std::optional<SavedState> saved = ParseSaved(*bytes)) {
+        const Stand stand = StandOf(header, size, *saved);
+        if (stand == Stand::Other) return {};
+        if (stand == Stand::Old && !PutBack(file, *saved, size)) {
+            return {Fault::Unwritable, saved->index_offset};
+        }
+    }
+    const std::string name = undo.Name();
+    undo.Remove();
+    platform::SyncFolderOf(name);
+    return {};
 }
 
 Fault FaultOf(Claim claim) {
@@ -175,21 +193,14 @@ Error UndoFile::Recover(const std::string& name) {
     const Claim claim = undo.Find(name + kSuffix, kMark);
     if (claim == Claim::Busy) return {Fault::Busy, 0};
     if (claim != Claim::Taken) return {};
-    const std::optional<std::vector<std::uint8_t>> bytes = ReadWhole(undo.Handle());
-    if (!bytes) return {Fault::Unreadable, 0};
-    const std::optional<SavedState> saved = ParseSaved(*bytes);
-    if (!saved) { // the kill came while it was saved, so nothing had been overwritten yet
-        undo.Remove();
-        return {};
-    }
-    const int file = platform::CurrentFileCalls().open(name.c_str(), O_RDWR | O_CLOEXEC, 0);
-    if (file < 0) return {Fault::Unwritable, 0};
-    const Error error = RecoverOpened(file, *saved, undo);
+    const int file = OpenFilm(name);
+    if (file < 0) return {}; // whoever opens the film hears why
+    const Error error = RecoverOpened(file, undo);
     platform::CurrentFileCalls().close(file);
     return error;
 }
 
-Error UndoFile::Save(const std::string& name, const ContainerHeader& header,
+Error UndoFile::Save(const std::string& name, const ContainerHeader& header, ByteView user_header,
                      const RecordIndex& index, std::uint64_t length) {
     const Claim claim = file_.Make(name + kSuffix, kMark);
     if (claim != Claim::Taken) return {FaultOf(claim), 0};
@@ -199,18 +210,15 @@ Error UndoFile::Save(const std::string& name, const ContainerHeader& header,
     const ByteView offsets = BytesOf(index.Offsets());
     const ByteView side_positions = BytesOf(index.SidePositions());
     Checksum checksum;
-    for (const ByteView part :
-         {ByteView{length_bytes}, ByteView{header_bytes}, offsets, side_positions}) {
-        checksum.Add(part);
-    }
-    end_ = kOldState;
-    const auto checksum_bytes = NumberBytes(checksum.Value());
     bool written = true;
-    for (const ByteView part : {ByteView{checksum_bytes}, ByteView{length_bytes},
-                                ByteView{header_bytes}, offsets, side_positions}) {
+    end_ = kOldState + kChecksumBytes;
+    for (const ByteView part :
+         {ByteView{length_bytes}, ByteView{header_bytes}, user_header, offsets, side_positions}) {
+        checksum.Add(part);
         written = written && file_.WriteAt(end_, part);
         end_ += part.size();
     }
+    written = written && file_.WriteAt(kOldState, NumberBytes(checksum.Value()));
     if (!written || !file_.Sync() || !platform::SyncFolderOf(file_.Name())) {
         file_.Remove();
         return {Fault::Unwritable, 0};

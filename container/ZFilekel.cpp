@@ -28,6 +28,7 @@ void ZFilekel::Reset() {
     film_.reset();
     index_.Free();
     opening_index_.Free();
+    opening_user_header_.Free();
     opening_length_ = 0;
     record_buffer_.Free();
     side_buffer_.Free();
@@ -85,6 +86,7 @@ bool ZFilekel::WriteUserHeader(ByteView user_header) {
     last_error_ = {};
     if (user_header.size() != UserHeaderSize()) return Fail(Fault::BadValue);
     if (!IsWritable()) return Fail(Fault::Unwritable, kContainerHeaderBytes);
+    if (!SaveUndo()) return false;
     if (!Seek(kContainerHeaderBytes) || !WriteAll(user_header)) {
         return Fail(Fault::Unwritable, kContainerHeaderBytes);
     }
@@ -108,8 +110,8 @@ bool ZFilekel::CanAppend(ByteView payload, ByteView side) {
 /// Saves, once, what the coming writes will overwrite; a new file has nothing to lose.
 bool ZFilekel::SaveUndo() {
     if (mode_ == Mode::New || undo_.IsSaved()) return true;
-    const Error error = undo_.Save(system_name_, header_on_disk_, opening_index_,
-                                   static_cast<std::uint64_t>(opening_length_));
+    const Error error = undo_.Save(system_name_, header_on_disk_, opening_user_header_.View(),
+                                   opening_index_, static_cast<std::uint64_t>(opening_length_));
     return error.fault == Fault::None || Fail(error);
 }
 
@@ -152,15 +154,16 @@ bool ZFilekel::WriteIndexAndHeader() {
     return Fail(Fault::Unwritable);
 }
 
-/// The opening header and index back in their places.
+/// The opening header, user header and index back in their places.
 bool ZFilekel::RestoreOpening() {
     return Seek(header_on_disk_.IndexOffset) && WriteU32Array(opening_index_.Offsets()) &&
            WriteU32Array(opening_index_.SidePositions()) && Seek(0) &&
-           WriteAll(HeaderBytes(header_on_disk_)) && platform::SyncFile(Handle());
+           WriteAll(HeaderBytes(header_on_disk_)) && WriteAll(opening_user_header_.View()) &&
+           platform::SyncFile(Handle());
 }
 
 bool ZFilekel::ReplaceIndexAndHeader() {
-    if (header_ == header_on_disk_) { // records that were replaced in place are all that changed
+    if (header_ == header_on_disk_ && !undo_.IsSaved()) { // at most records replaced in place
         return platform::SyncFile(Handle()) || Fail(Fault::Unwritable);
     }
     if (SaveUndo() && WriteIndexAndHeader()) {

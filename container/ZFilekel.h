@@ -172,6 +172,7 @@ private:
     bool CheckRecordLength(std::uint64_t largest_stored);
     std::uint64_t LargestStoredLength() const;
     bool CheckIndexForEditing();
+    bool KeepOpening();
     bool AllocateBuffers();
     bool FinishOpening(Mode mode);
     bool RecompressForEditing();
@@ -237,7 +238,8 @@ private:
     ContainerHeader header_on_disk_;
     std::optional<FilmTrack> film_;
     RecordIndex index_;
-    RecordIndex opening_index_; ///< only where edits can be undone
+    RecordIndex opening_index_;       ///< only where edits can be undone
+    RecordBytes opening_user_header_; ///< only there, too
     std::int64_t opening_length_ = 0;
 
     // One buffer each for everything that is read or written.

@@ -140,6 +140,23 @@ bool AppendTwo(const std::string& name) {
     return appended && file.Close();
 }
 
+bool ChangeUserHeader(const std::string& name) {
+    ZFilekel file;
+    if (!file.OpenExisting(name.c_str())) return false;
+    const bool changed = file.WriteUserHeader(ByteVector{9, 8, 7, 6, 5});
+    if (!changed) file.AbandonChanges();
+    return changed && file.Close();
+}
+
+bool AppendAndChangeUserHeader(const std::string& name) {
+    ZFilekel file;
+    if (!file.OpenExisting(name.c_str())) return false;
+    const bool changed = file.AppendRecord(Payload(10, 64), Side(10, 8)) &&
+                         file.WriteUserHeader(ByteVector{9, 8, 7, 6, 5});
+    if (!changed) file.AbandonChanges();
+    return changed && file.Close();
+}
+
 bool RebuildOwnIndex(const std::string& name) {
     ZFilekel file;
     return file.OpenInMode(name.c_str(), ZFilekel::Mode::IndexRebuild);
@@ -165,6 +182,12 @@ const Operation kOperations[] = {
     {"AppendingRaw",
      [](const std::string& folder) { MakeContainer(folder + "a.kvf", {.type = 99}); }, AppendTwo,
      "a.kvf"},
+    {"ChangingTheUserHeader",
+     [](const std::string& folder) { MakeContainer(folder + "a.kvf", {}); }, ChangeUserHeader,
+     "a.kvf"},
+    {"AppendingAndChangingTheUserHeader",
+     [](const std::string& folder) { MakeContainer(folder + "a.kvf", {}); },
+     AppendAndChangeUserHeader, "a.kvf"},
     {"RebuildingTheIndex",
      [](const std::string& folder) {
          MakeContainer(folder + "a.kvf", {});
@@ -316,6 +339,19 @@ TEST_F(UndoneEdit, GivesTheVeryFileBack) {
     KillWhileAppending(name);
     EXPECT_NE(FileBytes(name), before);
     EXPECT_EQ(RecordNumbersIn(name), Range(10));
+    EXPECT_EQ(FileBytes(name), before);
+    EXPECT_THAT(Names(), ElementsAre("a.kvf"));
+}
+
+TEST_F(UndoneEdit, TakesTheUserHeaderBack) {
+    const std::string name = Path("a.kvf");
+    MakeContainer(name, {});
+    const ByteVector before = FileBytes(name);
+    ZFilekel file;
+    ASSERT_TRUE(file.OpenExisting(name.c_str()));
+    ASSERT_TRUE(file.WriteUserHeader(ByteVector{9, 8, 7, 6, 5}));
+    EXPECT_NE(FileBytes(name), before);
+    file.AbandonChanges();
     EXPECT_EQ(FileBytes(name), before);
     EXPECT_THAT(Names(), ElementsAre("a.kvf"));
 }
