@@ -21,7 +21,6 @@ constexpr char kMakeVorbisFromTrackText[] =
     "Per creare un Vorbis File occorre partire da un AudioFilekel esistente!";
 
 constexpr std::uint64_t kFrameBytesOffset = 12; // in the header
-constexpr std::uint64_t kVorbisHeaderOffset = kVorbisSignature.size() + VorbisDescription::kBytes;
 
 constexpr int kVorbisType = 69;
 constexpr std::uint32_t kRawType = 99;
@@ -58,15 +57,9 @@ bool AudioFilekel::OpenVorbis(const CString& name) {
 }
 
 Error AudioFilekel::TakeVorbisHeader(const VorbisFilekel& vorbis) {
-    const VorbisDescription& description = vorbis.Description();
     const Result<AudioHeader> header = ParseAudioHeader(vorbis.HeaderBuffer());
-    Error error = header ? CheckAudioHeader(header.Value(), description.channels) : header.Why();
-    // Whoever plays asks this header how long a frame is, and takes it from the other's buffer.
-    if (error.fault == Fault::None &&
-        (header.Value().FrameBytes != description.FrameBytes ||
-         header.Value().BytesPerSample != description.BytesPerSample)) {
-        error = {Fault::Mismatch, kFrameBytesOffset};
-    }
+    const Error error =
+        header ? CheckVorbisSoundHeader(header.Value(), vorbis.Description()) : header.Why();
     if (error.fault != Fault::None) return {error.fault, error.offset + kVorbisHeaderOffset};
     header_ = header.Value();
     RepairWaveFormat(header_);

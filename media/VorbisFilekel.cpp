@@ -1,7 +1,6 @@
 #include "media/VorbisFilekel.h"
 
 #include "container/AVDirectory.h"
-#include "framework/base/ByteReader.h"
 #include "framework/base/ProgressDisplay.h"
 
 #include <algorithm>
@@ -24,19 +23,11 @@ constexpr char kPositioningTitle[] = "Attendere...";
 
 constexpr std::uint32_t kClassId = 10100200;
 constexpr std::uint32_t kProgressTotal = 10000;
-constexpr std::uint32_t kMostChannels = 255;
-constexpr std::uint64_t kHighestSampleRate = 768000;
 /// Silence of the two sample widths, before the stream has given anything.
 constexpr std::uint8_t kCentre8 = 127;
 
-// Offsets of the description's fields in the track.
-constexpr std::uint64_t kDescriptionOffset = kVorbisSignature.size();
-constexpr std::uint64_t kRateOffset = kDescriptionOffset + 4;
-constexpr std::uint64_t kChannelsOffset = kDescriptionOffset + 8;
-constexpr std::uint64_t kWidthOffset = kDescriptionOffset + 12;
-constexpr std::uint64_t kFramesOffset = kDescriptionOffset + 16;
-constexpr std::uint64_t kFrameBytesOffset = kDescriptionOffset + 20;
-constexpr std::uint64_t kHeaderOffset = kDescriptionOffset + VorbisDescription::kBytes;
+// Room for one sample of every channel is never missing behind a frame that is not full yet.
+static_assert(kLargestVorbisFrame + 2 * VorbisDecoder::kInputStep <= VorbisFilekel::kPcmBufferSize);
 
 const char* TextOf(VorbisFault fault) {
     switch (fault) {
@@ -98,45 +89,7 @@ bool EnterSound(ChFile& file, const CString& name) {
 
 bool ReadsSignature(ChFile& file) {
     std::array<std::uint8_t, kVorbisSignature.size()> bytes{};
-    return file.ReadAll(bytes) && std::ranges::equal(bytes, kVorbisSignature, {}, {}, [](char c) {
-               return static_cast<std::uint8_t>(c);
-           });
-}
-
-VorbisDescription ParseDescription(ByteView bytes) {
-    ByteReader reader{bytes};
-    VorbisDescription description;
-    description.frame_count = reader.ReadU32();
-    description.SampleRate = reader.ReadU32();
-    description.channels = reader.ReadU32();
-    description.BytesPerSample = reader.ReadU32();
-    description.nFramesAlSec = reader.ReadU32();
-    description.FrameBytes = reader.ReadU32();
-    return description;
-}
-
-/// Frames hold a whole number of seconds' parts, of one channel or of all.
-Error CheckDescription(const VorbisDescription& description) {
-    if (description.SampleRate == 0 || description.SampleRate > kHighestSampleRate) {
-        return {Fault::BadValue, kRateOffset};
-    }
-    if (description.channels == 0 || description.channels > kMostChannels) {
-        return {Fault::BadValue, kChannelsOffset};
-    }
-    if (description.BytesPerSample != 1 && description.BytesPerSample != 2) {
-        return {Fault::BadValue, kWidthOffset};
-    }
-    if (description.nFramesAlSec == 0) return {Fault::BadValue, kFramesOffset};
-    const std::uint32_t mono =
-        description.SampleRate * description.BytesPerSample / description.nFramesAlSec;
-    if (description.FrameBytes == 0 ||
-        (description.FrameBytes != mono && description.FrameBytes != mono * description.channels)) {
-        return {Fault::Mismatch, kFrameBytesOffset};
-    }
-    if (description.FrameBytes > VorbisFilekel::kLargestFrame) {
-        return {Fault::TooLarge, kFrameBytesOffset};
-    }
-    return {};
+    return file.ReadAll(bytes) && StartsWithVorbisSignature(bytes);
 }
 
 } // namespace
@@ -174,6 +127,7 @@ bool VorbisFilekel::OpenForRead(const CString& name, std::uint32_t header_length
     current_frame_ = 0;
     last_frame_complete_ = true;
     stream_damaged_ = false;
+    out_of_step_ = false;
     damage_shown_ = false;
     StartDecoder();
     return true;
@@ -184,12 +138,12 @@ Error VorbisFilekel::ReadDescription(std::uint32_t header_length) {
     description_ = {};
     header_buffer_.clear();
     std::array<std::uint8_t, VorbisDescription::kBytes> bytes{};
-    if (!file_.ReadAll(bytes)) return {Fault::EndsEarly, kDescriptionOffset};
-    description_ = ParseDescription(bytes);
-    if (header_length > file_.Remaining()) return {Fault::EndsEarly, kHeaderOffset};
+    if (!file_.ReadAll(bytes)) return {Fault::EndsEarly, kVorbisSignature.size()};
+    description_ = ParseVorbisDescription(bytes).Value();
+    if (header_length > file_.Remaining()) return {Fault::EndsEarly, kVorbisHeaderOffset};
     header_buffer_.resize(header_length);
-    if (!file_.ReadAll(header_buffer_)) return {Fault::Unreadable, kHeaderOffset};
-    return CheckDescription(description_);
+    if (!file_.ReadAll(header_buffer_)) return {Fault::Unreadable, kVorbisHeaderOffset};
+    return CheckVorbisDescription(description_);
 }
 
 bool VorbisFilekel::Close() {
@@ -252,7 +206,7 @@ VorbisFault VorbisFilekel::TakeDecoder() {
     if (shared.owner == this) return VorbisFault::None;
     shared.owner = nullptr;
     shared.decoder.Clear();
-    if (!file_.Seek(static_cast<std::int64_t>(kHeaderOffset) + header_length_)) {
+    if (!file_.Seek(static_cast<std::int64_t>(kVorbisHeaderOffset) + header_length_)) {
         return VorbisFault::EmptyStream;
     }
     FileSource source{file_};
@@ -287,10 +241,7 @@ std::size_t VorbisFilekel::DecodeChunk(PcmBuffer& buffer, std::size_t destinatio
     decoded_bytes_ += chunk.written;
     if (!chunk.more) end_of_stream_ = true;
     if (chunk.damaged || chunk.out_of_step) stream_damaged_ = true;
-    if (chunk.out_of_step && !damage_shown_) {
-        damage_shown_ = true;
-        ErrorBox(kDamagedText);
-    }
+    if (chunk.out_of_step) out_of_step_ = true;
     return chunk.written;
 }
 
@@ -339,7 +290,15 @@ void VorbisFilekel::FillFrame() {
     last_frame_complete_ = true;
 }
 
+// Before anything is touched: while the box is open windows answer, and they may read or close.
+void VorbisFilekel::ShowDamageOnce() {
+    if (!out_of_step_ || damage_shown_) return;
+    damage_shown_ = true;
+    ErrorBox(kDamagedText);
+}
+
 bool VorbisFilekel::ReadNextFrame() {
+    ShowDamageOnce();
     if (!IsOpen() || positioning_ || current_frame_ >= static_cast<std::uint32_t>(FrameCount())) {
         return false;
     }
@@ -351,6 +310,7 @@ bool VorbisFilekel::ReadNextFrame() {
 // Positioning
 
 bool VorbisFilekel::GoToFrame(int frame) {
+    ShowDamageOnce();
     if (!IsOpen() || positioning_) return false;
     const auto wanted = static_cast<std::uint32_t>(std::clamp(frame, 0, FrameCount()));
     const std::uint64_t frame_bytes = frame_buffer_.size();

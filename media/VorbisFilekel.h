@@ -9,31 +9,14 @@
 #include "framework/base/ChFile.h"
 #include "framework/base/Result.h"
 #include "media/VorbisDecoder.h"
+#include "media/VorbisTrackHeader.h"
 
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <string_view>
 #include <vector>
 
 namespace kelvo {
-
-/// What every Vorbis track begins with; no terminator.
-inline constexpr std::string_view kVorbisSignature = "VrbZuva40213380500000000000000";
-static_assert(kVorbisSignature.size() == 30);
-
-/// The six fields behind the signature, in their order in the file.
-struct VorbisDescription {
-    static constexpr std::size_t kBytes = 24;
-
-    std::uint32_t frame_count = 0; ///< audio frames in the track
-    std::uint32_t SampleRate = 22050;
-    std::uint32_t channels = 1;       ///< as given to the encoder
-    std::uint32_t BytesPerSample = 1; ///< that the decoder produces: 1 or 2
-    std::uint32_t nFramesAlSec = 10;
-    std::uint32_t FrameBytes = 2205;
-    friend bool operator==(const VorbisDescription&, const VorbisDescription&) = default;
-};
 
 class VorbisFilekel : public CObj {
 public:
@@ -41,8 +24,6 @@ public:
     static constexpr std::size_t kPcmBufferSize = 0x80000;
     /// A read offset beyond this moves the pending bytes to the other buffer.
     static constexpr std::size_t kSwitchOffset = 400000;
-    /// No audio frame is longer: whatever is pending, a whole one fits into a buffer.
-    static constexpr std::size_t kLargestFrame = kPcmBufferSize - 8192;
 
     VorbisFilekel();
     VorbisFilekel(const VorbisFilekel&) = delete;
@@ -79,7 +60,8 @@ public:
     const VorbisDescription& Description() const { return description_; }
     /// False when the stream ended before it filled the last frame that was read.
     bool LastFrameComplete() const { return last_frame_complete_; }
-    /// True once bytes of the stream were lost or broken since the track was opened.
+    /// True once bytes of the stream were lost or broken since the track was opened. The box that
+    /// says so is shown by the next read, once for each opening.
     bool StreamDamaged() const { return stream_damaged_; }
     /// False when the stream could not be set up.
     bool HasStream() const { return setup_fault_ == VorbisFault::None; }
@@ -105,6 +87,7 @@ private:
     VorbisFault TakeDecoder();
     std::size_t DecodeChunk(PcmBuffer& buffer, std::size_t destination);
     bool DecodeMore();
+    void ShowDamageOnce();
     void FillFrame();
     bool SkipBytes(std::uint64_t count);
     void ResetPcm();
@@ -124,6 +107,7 @@ private:
     bool positioning_ = false; // a long way is going on, and windows may answer
     bool last_frame_complete_ = true;
     bool stream_damaged_ = false;
+    bool out_of_step_ = false;  // bytes lay between the pages, or a page was broken
     bool damage_shown_ = false; // once for each opening
     VorbisFault setup_fault_ = VorbisFault::EmptyStream;
     Error last_error_;

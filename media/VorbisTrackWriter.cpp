@@ -2,7 +2,7 @@
 
 #include "container/ContainerHeader.h"
 #include "framework/base/ByteWriter.h"
-#include "media/VorbisFilekel.h"
+#include "media/VorbisTrackHeader.h"
 
 #include <ogg/ogg.h>
 #include <vorbis/codec.h>
@@ -19,7 +19,7 @@ namespace {
 constexpr int kStreamSerial = 1; // a file holds one stream, and the same sound gives the same file
 constexpr std::size_t kSamplesAtOnce = 1024;
 constexpr std::size_t kTrackHeaderSize =
-    kVorbisSignature.size() + VorbisDescription::kBytes + kAudioHeaderSize;
+    static_cast<std::size_t>(kVorbisHeaderOffset) + kAudioHeaderSize;
 constexpr std::uint8_t kCentre8 = 127;
 
 float SampleAt(ByteView pcm, std::size_t index, std::uint32_t bytes_per_sample) {
@@ -75,7 +75,7 @@ Error VorbisTrackWriter::Begin(const CString& name, const AudioHeader& header, E
                                float quality) {
     Error error = CheckAudioHeader(header);
     if (error.fault != Fault::None) return error;
-    if (header.FrameBytes > VorbisFilekel::kLargestFrame) return {Fault::TooLarge, 12};
+    if (header.FrameBytes > kLargestVorbisFrame) return {Fault::TooLarge, 12};
     header_ = header;
     pcm_bytes_ = 0;
     has_half_sample_ = false;
@@ -100,12 +100,12 @@ Error VorbisTrackWriter::WriteTrackHeader(std::uint32_t frame_count) {
     for (const char letter : kVorbisSignature) {
         writer.WriteU8(static_cast<std::uint8_t>(letter));
     }
-    writer.WriteU32(frame_count);
-    writer.WriteU32(header_.SampleRate);
-    writer.WriteU32(1); // channel
-    writer.WriteU32(header_.BytesPerSample);
-    writer.WriteU32(header_.nFramesAlSec);
-    writer.WriteU32(header_.FrameBytes);
+    writer.WriteBytes(VorbisDescriptionBytes({.frame_count = frame_count,
+                                              .SampleRate = header_.SampleRate,
+                                              .channels = 1,
+                                              .BytesPerSample = header_.BytesPerSample,
+                                              .nFramesAlSec = header_.nFramesAlSec,
+                                              .FrameBytes = header_.FrameBytes}));
     writer.WriteBytes(AudioHeaderBytes(header_));
     return file_.WriteAt(0, bytes);
 }

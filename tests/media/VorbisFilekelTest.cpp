@@ -19,6 +19,7 @@
 #include <limits>
 #include <numbers>
 #include <thread>
+#include <utility>
 
 namespace kelvo::test {
 
@@ -395,6 +396,40 @@ TEST(DamagedVorbisStreams, AreReportedOnceAndPlayOn) {
     EXPECT_TRUE(vorbis.StreamDamaged());
     EXPECT_GT(complete, 400);
     EXPECT_LT(complete, 600);
+}
+
+TEST(BoxOfADamagedStream, MayReadTheTrackItselfWhileItIsOpen) {
+    const TemporaryFolder folder;
+    VorbisTrack track = SweepTrack(30);
+    const std::vector<std::size_t> pages = PageLengths(track.stream);
+    ASSERT_GT(pages.size(), 5U);
+    track.stream[pages[0] + pages[1] + pages[2] + 100] ^= 0x55;
+    const CString name = folder.Write("damaged.vrb", track.Build());
+    std::vector<Bytes> expected;
+    {
+        const MessageBoxRecorder boxes;
+        expected = AllFrames(name);
+    }
+    std::vector<Bytes> frames;
+    VorbisFilekel vorbis;
+    const auto read_one = [&] {
+        const bool read = vorbis.ReadNextFrame();
+        if (read) frames.push_back(Frame(vorbis));
+        return read;
+    };
+    int boxes = 0;
+    // As where the sound plays on behind an open box.
+    auto before = platform::SetMessageBoxHandler([&](const platform::MessageBoxRequest& request) {
+        ++boxes;
+        read_one();
+        read_one();
+        return platform::SafeAnswer(request.type);
+    });
+    ASSERT_TRUE(vorbis.OpenForRead(name, kHeaderLength));
+    while (read_one()) {}
+    platform::SetMessageBoxHandler(std::move(before));
+    EXPECT_EQ(boxes, 1);
+    EXPECT_EQ(frames, expected);
 }
 
 struct SetUpCase {
