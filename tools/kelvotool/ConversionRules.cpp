@@ -16,6 +16,10 @@ constexpr std::uint32_t kSampleBytes = 1; // of the types that lose something of
 std::optional<std::string> WhyNotForAudio(const TrackDescription& track,
                                           const codec::CompressionType& type) {
     if (!type.codes_audio) return fmt::format("type {} is for pictures alone", type.id);
+    if (track.vorbis && track.audio && CheckAudioHeader(*track.audio).fault != Fault::None) {
+        return fmt::format("its frames hold {} channels, and those of a record container hold one",
+                           track.vorbis->channels);
+    }
     const bool needs_short_samples = !type.lossless;
     if (needs_short_samples && track.audio && track.audio->BytesPerSample != kSampleBytes) {
         return fmt::format("type {} codes 8-bit samples, and this sound has 16 bits", type.id);

@@ -96,6 +96,9 @@ private:
         TrackPlan plan{.track = &track};
         if (!request.IsEmpty()) {
             if (!track.problems.empty()) return Refuse(track, track.problems.front().what);
+            if (track.vorbis && !request.type) {
+                return Refuse(track, "it has no key records: --key-interval needs a --type");
+            }
             plan.header = SourceHeader(track);
             if (request.type)
                 plan.header.CompressionType = static_cast<std::uint32_t>(*request.type);

@@ -1,7 +1,6 @@
 #include "tools/kelvotool/FilmDescription.h"
 
 #include "container/UndoFile.h"
-#include "framework/base/ByteReader.h"
 #include "framework/base/ChFile.h"
 #include "tools/kelvotool/FileNames.h"
 
@@ -26,7 +25,7 @@ public:
         if (!file_.SetWindow(track_.window.start, track_.window.end)) return;
         const std::size_t count = file_.ReadSome(bytes);
         const ByteView head = ByteView{bytes}.first(count);
-        if (StartsWithSignature(head)) {
+        if (StartsWithVorbisSignature(head)) {
             track_.form = TrackForm::Vorbis;
             ExamineVorbis(head.subspan(kVorbisSignature.size()));
         } else {
@@ -41,12 +40,6 @@ public:
     }
 
 private:
-    static bool StartsWithSignature(ByteView head) {
-        return head.size() >= kVorbisSignature.size() &&
-               std::ranges::equal(head.first(kVorbisSignature.size()), kVorbisSignature, {}, {},
-                                  [](char letter) { return static_cast<std::uint8_t>(letter); });
-    }
-
     void Add(std::string what, std::uint64_t offset_in_track) {
         track_.problems.push_back({.severity = kDamaged,
                                    .what = std::move(what),
@@ -54,33 +47,27 @@ private:
     }
 
     void ExamineVorbis(ByteView rest) {
-        ByteReader reader{rest};
-        VorbisDescription description;
-        for (std::uint32_t VorbisDescription::* field :
-             {&VorbisDescription::frame_count, &VorbisDescription::SampleRate,
-              &VorbisDescription::channels, &VorbisDescription::BytesPerSample,
-              &VorbisDescription::nFramesAlSec, &VorbisDescription::FrameBytes}) {
-            description.*field = reader.ReadU32();
-        }
-        if (!reader.Ok()) {
+        const Result<VorbisDescription> parsed = ParseVorbisDescription(rest);
+        if (!parsed) {
             Add("its description is not all there", kVorbisSignature.size());
             return;
         }
-        track_.vorbis = description;
-        constexpr std::uint64_t kHeaderOffset = kVorbisSignature.size() + VorbisDescription::kBytes;
-        const ByteView header = reader.ReadBytes(kAudioHeaderSize);
-        const Result<AudioHeader> parsed = ParseAudioHeader(header);
-        if (!parsed) {
-            Add("its sound header is not all there", kHeaderOffset);
+        track_.vorbis = parsed.Value();
+        ByteView bytes = rest.subspan(VorbisDescription::kBytes);
+        bytes = bytes.first(std::min(bytes.size(), kAudioHeaderSize));
+        const Result<AudioHeader> header = ParseAudioHeader(bytes);
+        if (!header) {
+            Add("its sound header is not all there", kVorbisHeaderOffset);
             return;
         }
-        track_.user_header.assign(header.begin(), header.end());
-        track_.audio = parsed.Value();
-        const Error error = CheckAudioHeader(parsed.Value(), description.channels);
-        track_.track_header_is_sound = error.fault == Fault::None;
-        if (!track_.track_header_is_sound) {
-            Add("its sound header contradicts itself", kHeaderOffset + error.offset);
+        track_.user_header.assign(bytes.begin(), bytes.end());
+        track_.audio = header.Value();
+        const Error error = CheckVorbisSoundHeader(header.Value(), *track_.vorbis);
+        if (error.fault != Fault::None) {
+            Add("its sound header contradicts itself or its description",
+                kVorbisHeaderOffset + error.offset);
         }
+        track_.track_header_is_sound = error.fault == Fault::None;
     }
 
     void ExamineContainer(ByteView head) {

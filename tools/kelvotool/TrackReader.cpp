@@ -58,9 +58,9 @@ std::optional<Problem> TrackReader::OpenContainer() {
     }
     switch (CheckIndexFits(header, track_.window.Size()).fault) {
     case Fault::BadValue:
-        return Make("its index lies inside its header", {}, start + kIndexOffsetField);
+        return Make("index inside the header", {}, start + kIndexOffsetField);
     case Fault::EndsEarly:
-        return Make("its index lies beyond the end", {}, start + kIndexOffsetField);
+        return Make("index beyond the end", {}, start + kIndexOffsetField);
     default:
         break;
     }
