@@ -98,6 +98,7 @@ void EndDesktop() {
         ::DestroyWindow(window);
     DestroyAllMenus();
     SetMessageBoxHandler(std::move(the_application->handler_before));
+    CloseThreadsBoxes();
     the_application->loop.reset();
     UiLoop::DeleteLeftWidgets();
     ForgetPictures();

@@ -81,15 +81,29 @@ LRESULT MessageQueue::Call(std::function<LRESULT()> call) {
     if (::GetCurrentThreadId() == thread_id_) return call();
     const auto pending = std::make_shared<PendingCall>();
     pending->run = std::move(call);
-    {
-        const std::scoped_lock lock(mutex_);
-        if (closed_) return 0;
-        calls_.push_back(pending);
-    }
-    SignalWaits();
+    if (!Enqueue(pending)) return 0;
     std::unique_lock lock(mutex_);
     call_done_.wait(lock, [&] { return pending->result || (closed_ && !pending->started); });
     return pending->result.value_or(0);
+}
+
+void MessageQueue::Defer(std::function<void()> call) {
+    const auto pending = std::make_shared<PendingCall>();
+    pending->run = [call = std::move(call)]() -> LRESULT {
+        call();
+        return 0;
+    };
+    Enqueue(pending);
+}
+
+bool MessageQueue::Enqueue(const std::shared_ptr<PendingCall>& call) {
+    {
+        const std::scoped_lock lock(mutex_);
+        if (closed_) return false;
+        calls_.push_back(call);
+    }
+    SignalWaits();
+    return true;
 }
 
 void MessageQueue::Signal() {

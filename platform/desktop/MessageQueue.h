@@ -48,6 +48,8 @@ public:
     /// Has the queue's thread run the call, and waits for it; that thread itself runs it at once.
     /// @return its answer, 0 when the queue is closed before it ran.
     LRESULT Call(std::function<LRESULT()> call);
+    /// The same without waiting; forgotten when the queue is closed before.
+    void Defer(std::function<void()> call);
     /// Has the reader look again.
     void Signal();
     /// The same, also when the thread waits in Sleep and its kind.
@@ -103,6 +105,7 @@ private:
         TIMERPROC procedure = nullptr;
     };
 
+    bool Enqueue(const std::shared_ptr<PendingCall>& call);
     void Remember(const Entry& entry);
 
     const DWORD thread_id_;

@@ -1,6 +1,7 @@
 #include "platform/desktop/UiLoop.h"
 
 #include "platform/base/threads.h"
+#include "platform/desktop/MessageBoxes.h"
 #include "platform/desktop/NextMessage.h"
 #include "platform/desktop/Surface.h"
 #include "platform/desktop/Window.h"
@@ -137,10 +138,13 @@ void UiLoop::timerEvent(QTimerEvent* event) {
     OnReadable();
 }
 
-// Serves what others wait for while this thread sleeps: their calls, and their pictures.
+// Serves what others wait for while this thread sleeps: their calls, their boxes and pictures.
 void UiLoop::OnWait() {
     if (const auto queue = MessageQueue::OfThisThreadIfAny()) queue->AnswerCalls();
-    if (the_loop == nullptr || !OnUiThread() || !the_loop->DeliverSurfaces()) return;
+    if (the_loop == nullptr || !OnUiThread()) return;
+    // This thread may be waiting for the very thread that waits for an answer.
+    if (IsThreadsBoxOpen()) the_loop->Step(Waiting::No);
+    if (!the_loop->DeliverSurfaces()) return;
     for (QWidget* widget : QApplication::topLevelWidgets()) {
         QCoreApplication::sendPostedEvents(widget, QEvent::UpdateRequest);
     }

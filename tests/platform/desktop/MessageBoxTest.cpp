@@ -1,12 +1,15 @@
 // Message boxes as real windows: their texts, their answers, who may ask.
 
+#include "platform/base/handles.h"
 #include "platform/base/message_boxes.h"
+#include "platform/base/threads.h"
 #include "tests/platform/desktop/RecordingWindow.h"
 
 #include <QAbstractButton>
 #include <QApplication>
 #include <QMessageBox>
 #include <QTest>
+#include <QTimer>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -116,6 +119,40 @@ TEST(MessageBoxes, OfAThreadAreShownByTheUiThread) {
     }
     asking.join();
     EXPECT_EQ(result, IDYES);
+}
+
+TEST(MessageBoxes, OfAThreadAreAnsweredWhileTheUiThreadWaitsForIt) {
+    std::atomic<int> result{0};
+    std::thread asking([&] { result = ::MessageBoxA(nullptr, "dal lavoro", "?", MB_OK); });
+    // The toolkit's timer: those of the layer rest while the thread waits.
+    QTimer person;
+    QObject::connect(&person, &QTimer::timeout, [] {
+        auto* const box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+        if (box != nullptr && box->isVisible()) Press(*box, "OK");
+    });
+    person.start(10);
+    for (int round = 0; round < 5000 && result == 0; ++round)
+        ::Sleep(1);
+    EXPECT_EQ(result, IDOK);
+    EXPECT_TRUE(PumpUntil([&] { return result != 0; })); // or the thread would never end
+    asking.join();
+}
+
+TEST(MessageBoxes, OfAThreadGoWhenTheThreadIsEnded) {
+    const HANDLE thread = ::CreateThread(
+        nullptr, 0,
+        [](LPVOID) -> DWORD {
+            return static_cast<DWORD>(::MessageBoxA(nullptr, "dal lavoro", "?", MB_OK));
+        },
+        nullptr, 0, nullptr);
+    const auto open = [] { return QApplication::activeModalWidget() != nullptr; };
+    ASSERT_TRUE(PumpUntil(open));
+    EXPECT_TRUE(::TerminateThread(thread, 77));
+    DWORD exit_code = 0;
+    EXPECT_TRUE(::GetExitCodeThread(thread, &exit_code));
+    EXPECT_EQ(exit_code, 77U);
+    EXPECT_TRUE(PumpUntil([&] { return !open(); }));
+    ::CloseHandle(thread);
 }
 
 TEST(MessageBoxes, LetTheQueueRunAndSurviveTheirOwner) {
