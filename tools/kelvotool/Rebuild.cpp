@@ -3,10 +3,13 @@
 #include "tools/kelvotool/Console.h"
 #include "tools/kelvotool/FileNames.h"
 #include "tools/kelvotool/Reporter.h"
+#include "tools/kelvotool/StopSignal.h"
 
 #include <fmt/format.h>
 
+#include <string>
 #include <string_view>
+#include <utility>
 
 namespace kelvo::tool {
 
@@ -47,6 +50,7 @@ int RunRebuild(const RebuildOptions& options) {
     const auto name = InputName(options.file, reporter);
     if (!name) return reporter.Code();
     const Result<RebuildReport> result = RebuildIndex(CString(std::string_view{*name}));
+    if (!result && StopRequested()) return reporter.Code();
     if (!result) {
         reporter.Report({.severity = kNotDone,
                          .what = FailureText(result.Why()),

@@ -85,7 +85,8 @@ private:
     }
 
     void Compare(std::uint32_t n) {
-        if (!progress_->Update(total_ / 2 + static_cast<std::int32_t>(n) / 2, total_)) return;
+        // From the last record to the first.
+        if (!progress_->Update(total_ - static_cast<std::int32_t>(n) / 2, total_)) return;
         if (fingerprints_[n] == kNotComparable) return;
         if (!reader_.ReadByNumber(n)) {
             if (StopRequested()) return;

@@ -139,6 +139,7 @@ TEST_F(DamagedFiles, SoundThatEndsEarlyIsIncompleteFromThereOn) {
     bytes.resize(bytes.size() / 2);
     const std::string file = Put("a.kaf", bytes);
     const auto records = Records(file, "audio");
+    ASSERT_FALSE(whole.empty());
     ASSERT_EQ(records.size(), whole.size());
     EXPECT_EQ(records.front(), whole.front());
     EXPECT_EQ(records.back().at("corrupt"), true);
