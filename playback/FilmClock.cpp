@@ -18,15 +18,18 @@ constexpr DWORD kLongAgoMs = 99999;
 
 } // namespace
 
-FilmClock::FilmClock(const AudioPlayerkel* audio, DWORD period_ms, DWORD shown_before)
+FilmClock::FilmClock(const AudioPlayerkel* audio, std::int32_t audio_frame_count, DWORD period_ms,
+                     DWORD shown_before)
     : audio_(audio), count_(audio != nullptr ? &audio->PlayedFrameCounter() : nullptr),
-      period_ms_(period_ms), last_ms_(GetTickCount() - kLongAgoMs),
-      first_group_index_(shown_before) {
+      audio_frame_count_(audio_frame_count), period_ms_(period_ms),
+      last_ms_(GetTickCount() - kLongAgoMs), first_group_index_(shown_before) {
     if (count_ != nullptr) last_count_ = *count_;
 }
 
 bool FilmClock::SoundDecides(std::uint32_t sync_number) const {
-    return count_ != nullptr && sync_number < kNeverLinked && !audio_->HasRunOut();
+    if (count_ == nullptr || sync_number >= kNeverLinked) return false;
+    // The images of the last audio frame keep to it, although the track has no more.
+    return !audio_->HasRunOut() || static_cast<std::uint32_t>(*count_) == sync_number + 1;
 }
 
 bool FilmClock::PeriodIsOver() {
@@ -44,12 +47,10 @@ FilmClock::Verdict FilmClock::Ask(std::uint32_t sync_number) {
     const std::int32_t count = *count_;
     if (count < last_count_) wrapped_ = true;
     last_count_ = count;
-    if (wrapped_) {
-        // The last audio frame is still heard while the count is 0; then image 0 is due.
-        if (count >= 1) return Verdict::Restart;
-        return PeriodIsOver() ? Verdict::Show : Verdict::Wait;
-    }
-    return AskSound(count, static_cast<std::int32_t>(sync_number) + 1);
+    const auto target = static_cast<std::int32_t>(sync_number) + 1;
+    if (!wrapped_) return AskSound(count, target);
+    // The last audio frame is still heard while the count is 0; then image 0 is due.
+    return count >= 1 ? Verdict::Restart : AskSound(audio_frame_count_, target);
 }
 
 FilmClock::Verdict FilmClock::AskSound(std::int32_t count, std::int32_t target) {
@@ -68,16 +69,22 @@ FilmClock::Verdict FilmClock::AskSound(std::int32_t count, std::int32_t target) 
 
 void FilmClock::Shown(std::uint32_t sync_number) {
     const DWORD now = GetTickCount();
-    // An image that is shown late does not make the next one late.
-    const DWORD elapsed = now - last_ms_;
-    last_ms_ = elapsed < 2 * period_ms_ && elapsed >= period_ms_ ? last_ms_ + period_ms_ : now;
-    if (group_ == sync_number) {
-        ++group_index_;
+    if (!SoundDecides(sync_number)) {
+        // An image that is shown late does not make the next one late.
+        const DWORD elapsed = now - last_ms_;
+        last_ms_ = elapsed < 2 * period_ms_ && elapsed >= period_ms_ ? last_ms_ + period_ms_ : now;
+        group_ = sync_number;
         return;
     }
-    group_index_ = (group_ < 0 ? first_group_index_ : 0) + 1;
-    group_start_ms_ = now;
-    group_ = sync_number;
+    if (group_ == sync_number) {
+        last_ms_ = group_start_ms_ + group_index_ * period_ms_;
+    } else {
+        group_index_ = group_ < 0 ? first_group_index_ : 0;
+        group_start_ms_ = now;
+        group_ = sync_number;
+        last_ms_ = now;
+    }
+    ++group_index_;
 }
 
 bool FilmClock::LastImageIsOver() {

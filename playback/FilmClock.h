@@ -24,10 +24,12 @@ public:
         Restart, ///< the sound has begun anew: go on with image 0
     };
 
-    /// @param audio        whose count decides; may be null
-    /// @param period_ms    of one image
-    /// @param shown_before images with the first image's SyncNumber that lie before it
-    FilmClock(const AudioPlayerkel* audio, DWORD period_ms, DWORD shown_before);
+    /// @param audio             whose count decides; may be null
+    /// @param audio_frame_count of its track
+    /// @param period_ms         of one image
+    /// @param shown_before      images with the first image's SyncNumber that lie before it
+    FilmClock(const AudioPlayerkel* audio, std::int32_t audio_frame_count, DWORD period_ms,
+              DWORD shown_before);
 
     /// Whether the image with this SyncNumber is due.
     Verdict Ask(std::uint32_t sync_number);
@@ -51,6 +53,7 @@ private:
 
     const AudioPlayerkel* audio_;
     const std::atomic<std::int32_t>* count_; ///< null without sound
+    std::int32_t audio_frame_count_;
     DWORD period_ms_;
     DWORD last_ms_; ///< when the last image was due
     DWORD delay_ms_ = 0;

@@ -183,7 +183,8 @@ VideoPlayerkel::Step VideoPlayerkel::FinishOrRestart(FilmClock& clock) {
 // sound. The image that was drawn last keeps its period, also at the film's end.
 INT_PTR VideoPlayerkel::PlayNormalLoop(INT_PTR /*first*/, INT_PTR /*second*/, INT_PTR /*third*/) {
     BeginLoop();
-    FilmClock clock(m_pAudioPlayer, static_cast<DWORD>(track_.PeriodMs()), shown_before_);
+    FilmClock clock(m_pAudioPlayer, audio_frame_count_, static_cast<DWORD>(track_.PeriodMs()),
+                    shown_before_);
     while (true) {
         FrameSide side;
         if (!ReadNext(side)) {

@@ -116,6 +116,7 @@ bool VideoPlayerkel::PlayNormal(AudioPlayerkel* audio) {
         return ErrorBox(kNotForEditing);
     }
     m_pAudioPlayer = audio != nullptr && audio->IsTrackOpen() ? audio : nullptr;
+    audio_frame_count_ = m_pAudioPlayer != nullptr ? m_pAudioPlayer->FrameCount() : 0;
     shown_before_ = m_pAudioPlayer != nullptr ? ImagesBeforeInAudioFrame() : 0;
     return StartLoop(&VideoPlayerkel::PlayNormalLoop);
 }

@@ -149,7 +149,8 @@ private:
     // Fixed while a loop runs.
     AudioPlayerkel* m_pAudioPlayer = nullptr;
     HDC device_context_ = nullptr; ///< the view's own, obtained on first use and kept
-    DWORD shown_before_ = 0;       ///< images of the current audio frame before the current one
+    int audio_frame_count_ = 0;
+    DWORD shown_before_ = 0; ///< images of the current audio frame before the current one
     /// Held while the loop decodes into the track's buffer or draws from it, so that the view can
     /// be painted meanwhile. The paint handler never waits for it: a box may be open inside a read.
     std::mutex picture_mutex_;

@@ -34,8 +34,8 @@ struct CodedFilmPlan {
     std::string Name() const;
 };
 
-inline constexpr int kCodedWidth = 320;
-inline constexpr int kCodedHeight = 240;
+inline constexpr int kCodedWidth = 640;
+inline constexpr int kCodedHeight = 480;
 
 /// Writes the film (a .kva). @return what went wrong, or nothing
 std::optional<std::string> MakeCodedFilm(const std::string& file, const CodedFilmPlan& plan);

@@ -1,7 +1,7 @@
 // Measures how well the player keeps picture and sound together, with the strict figures, for use
 // at a quiet machine:
 //
-//     measure_sync [--seconds N] [--repeat N] [--list] [case]
+//     measure_sync [--seconds N] [--repeat N] [case]
 //
 // prints a line a film and exits with 1 when one of them leaves the strict bounds.
 
@@ -16,6 +16,7 @@ namespace {
 
 constexpr double kStrictMedianMs = 8;
 constexpr double kStrictWorstMs = 25;
+constexpr double kNoteworthyMs = 12;
 
 struct Options {
     int seconds = 15;
@@ -38,9 +39,13 @@ bool Measure(const kelvo::test::Stage& stage, kelvo::test::CodedFilmPlan plan,
         std::printf("%s %s: %s\n", strict ? "good" : "BAD ", plan.Name().c_str(),
                     run.agreement.Text().c_str());
         std::fflush(stdout);
-        if (std::getenv("MEASURE_SYNC_DETAILS") != nullptr) {
-            for (const double late : run.agreement.late_ms) {
-                std::printf("%.1f ", late);
+        const std::string outside = run.agreement.Outside(kNoteworthyMs);
+        if (!outside.empty())
+            std::printf("     outside %.0f ms:%s\n", kNoteworthyMs, outside.c_str());
+        if (run.agreement.unmatched > 0) {
+            std::printf("     heard:");
+            for (const auto& frame : run.heard) {
+                std::printf(" %d", frame.code);
             }
             std::printf("\n");
         }

@@ -1,6 +1,7 @@
 #include "tests/e2e/SyncMeasurement.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstdio>
 #include <utility>
@@ -73,12 +74,23 @@ double Agreement::Drift() const {
 
 std::string Agreement::Text() const {
     const auto [least, most] = std::ranges::minmax_element(late_ms);
-    char text[200];
-    std::snprintf(text, sizeof text,
+    std::array<char, 200> text{};
+    std::snprintf(text.data(), text.size(),
                   "median %+.1f ms, %+.1f to %+.1f ms, %.1f%% within 25 ms, drift %+.1f ms, "
                   "%zu images, %d missed, %d unmatched",
                   Median(), late_ms.empty() ? 0 : *least, late_ms.empty() ? 0 : *most,
                   100 * ShareWithin(25), Drift(), late_ms.size(), missed, unmatched);
+    return text.data();
+}
+
+std::string Agreement::Outside(double ms) const {
+    std::string text;
+    for (std::size_t i = 0; i < late_ms.size(); ++i) {
+        if (std::fabs(late_ms[i]) <= ms) continue;
+        std::array<char, 40> one{};
+        std::snprintf(one.data(), one.size(), " %d: %+.1f", images[i], late_ms[i]);
+        text += one.data();
+    }
     return text;
 }
 
@@ -105,6 +117,7 @@ Agreement Compare(const CodedFilmPlan& plan, const std::vector<SeenImage>& seen,
             ++agreement.unmatched;
         } else {
             agreement.late_ms.push_back(nearest);
+            agreement.images.push_back(image.number);
         }
     }
     return agreement;

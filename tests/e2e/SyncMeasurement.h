@@ -43,8 +43,9 @@ private:
 struct Agreement {
     /// Of each image that was seen, in order: late is positive.
     std::vector<double> late_ms;
-    int missed = 0;    ///< images between two that were seen
-    int unmatched = 0; ///< images whose audio frame was not heard near them
+    std::vector<int> images; ///< their numbers
+    int missed = 0;          ///< images between two that were seen
+    int unmatched = 0;       ///< images whose audio frame was not heard near them
 
     double Median() const;
     double Worst() const; ///< the greatest distance from the due time
@@ -52,6 +53,8 @@ struct Agreement {
     /// Median of the last fifth against that of the first.
     double Drift() const;
     std::string Text() const;
+    /// Images farther than that from their due time, as "number: late".
+    std::string Outside(double ms) const;
 };
 
 /// @param seen   in order; a step back or of more than a second's images is a jump, not a miss
