@@ -20,6 +20,8 @@ std::string FailureText(const Error& error) {
     case Fault::EndsEarly:
     case Fault::BadValue:
         return "no record container can be made out in it";
+    case Fault::Missing:
+        return "it holds no track";
     case Fault::Mismatch:
         return "a file of the temporary's name (.tmp) is in the way";
     case Fault::Busy:

@@ -149,10 +149,19 @@ TEST_F(Convert, WhatWouldNotGiveTheSameTrackIsRefused) {
     const std::string long_samples = Path("wide.kaf"); // 16 bits
     ASSERT_EQ(RunTool({"convert", Sample("bells.kaf"), long_samples, "--type", "99"}).code, 0);
     const std::string film = MakeFilm("film.kva", "screen.kaf");
+    const std::string two_channels = Path("two.kaf");
+    Bytes bells = ReadFile(Sample("bells.kaf"));
+    PutNumber(bells, 38, 2);
+    for (const std::size_t frame_bytes : {std::size_t{50}, std::size_t{54} + 12}) {
+        PutNumber(bells, frame_bytes, 2 * NumberAt(bells, frame_bytes));
+    }
+    WriteFile(two_channels, bells);
     struct {
         std::vector<std::string> arguments;
         const char* reason;
     } const rows[] = {
+        {{two_channels, Path("o.kaf"), "--type", "16"}, "2 channels"},
+        {{Sample("bells.kaf"), Path("o.kaf"), "--key-interval", "5"}, "needs a --type"},
         {{Sample("square.kvf"), Path("o.kvf"), "--type", "20"}, "for sound alone"},
         {{Sample("screen.kaf"), Path("o.kaf"), "--type", "8"}, "for pictures alone"},
         {{Sample("screen.kaf"), Path("o.kaf"), "--type", "69"}, "type 69"},
@@ -173,7 +182,7 @@ TEST_F(Convert, WhatWouldNotGiveTheSameTrackIsRefused) {
         const ToolResult result = RunTool(arguments);
         EXPECT_EQ(result.code, 2);
         EXPECT_THAT(result.messages, HasSubstr(row.reason));
-        EXPECT_THAT(Names(), ElementsAre("film.kva", "wide.kaf"));
+        EXPECT_THAT(Names(), ElementsAre("film.kva", "two.kaf", "wide.kaf"));
     }
 }
 
