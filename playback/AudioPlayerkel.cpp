@@ -140,24 +140,39 @@ bool AudioPlayerkel::OnBufferDone(WAVEHDR* header) {
         waveOutUnprepareHeader(wave_out_, header, sizeof(WAVEHDR));
         return true;
     }
+    // While the box of a damaged frame is open, the other buffer may come back, too. Its frame is
+    // the one behind, so it waits.
+    if (refilling_) {
+        done_meanwhile_ = header;
+        return true;
+    }
+    refilling_ = true;
+    RefillBuffer();
+    refilling_ = false;
+    WAVEHDR* const other = std::exchange(done_meanwhile_, nullptr);
+    return other == nullptr || wave_out_ == nullptr || OnBufferDone(other);
+}
+
+void AudioPlayerkel::RefillBuffer() {
     heard_ = true;
     device_active_ = true;
     current_buffer_ = 1 - current_buffer_;
     waveOutUnprepareHeader(wave_out_, &headers_[current_buffer_], sizeof(WAVEHDR));
     if (stopping_) {
         CloseDevice();
-        return true;
+        return;
     }
     if (std::exchange(begins_anew_, false)) played_frame_counter_ = 0;
-    if (!(fast_forward_ && linked_video_ == nullptr ? ReadFastForward() : ReadNormal())) {
+    const bool read = fast_forward_ && linked_video_ == nullptr ? ReadFastForward() : ReadNormal();
+    if (closing_ || !device_active_) return; // stopped or closed while a box was open
+    if (!read) {
         EndOfTrack();
-        return true;
+        return;
     }
     FillBuffer(current_buffer_);
     Notify(NotifyAudioBuffer, reinterpret_cast<INT_PTR>(buffers_[current_buffer_].data()),
            static_cast<INT_PTR>(track_.FrameBytes()));
     if (!closing_) QueueBuffer(current_buffer_);
-    return true;
 }
 
 bool AudioPlayerkel::OnDeviceClosed() {

@@ -80,6 +80,7 @@ public:
 private:
     bool OnDeviceOpen();
     bool OnBufferDone(WAVEHDR* header);
+    void RefillBuffer();
     bool OnDeviceClosed();
     bool ReadNextFrame();
     bool ReadNormal();
@@ -113,7 +114,9 @@ private:
     bool continuous_ = false;
     bool fast_forward_ = false;
     bool device_active_ = false;
-    bool closing_ = false; ///< the device was asked to close and has not reported it
+    bool closing_ = false;              ///< the device was asked to close and has not reported it
+    bool refilling_ = false;            ///< a buffer is being refilled, and a box may be open
+    WAVEHDR* done_meanwhile_ = nullptr; ///< what the device gave back until then
 
     // UI thread writes, the picture's thread reads.
     std::atomic<std::int32_t> played_frame_counter_ = 0;

@@ -12,6 +12,7 @@
 #include <fstream>
 #include <iterator>
 #include <map>
+#include <utility>
 
 namespace kelvo {
 namespace {
@@ -243,6 +244,43 @@ TEST_F(RecordedSound, HandsOverEveryByteInOrder) {
     }
     const auto played = Played();
     EXPECT_FALSE(std::ranges::search(played, expected).empty());
+}
+
+TEST_F(RecordedSound, StaysInOrderWhileTheBoxOfADamagedFrameIsOpen) {
+    const auto byte = [](std::size_t offset) {
+        return static_cast<std::uint8_t>(1 + offset % 101);
+    };
+    constexpr std::size_t kFrames = 7;
+    const CString name = folder_.Name("sound.kaf");
+    MakeAudio(name, {.frames = kFrames, .byte = byte});
+    {
+        // The third frame claims to be a byte longer than it is.
+        std::fstream file(name.c_str(), std::ios::binary | std::ios::in | std::ios::out);
+        file.seekp(1052 + 34 + 3 * (4 + 800 + 32));
+        file.put(static_cast<char>(801 % 256));
+    }
+    int boxes = 0;
+    auto before = platform::SetMessageBoxHandler([&](const platform::MessageBoxRequest& request) {
+        ++boxes;
+        // Long enough for the device to have given back the other buffer, too.
+        const DWORD opened = GetTickCount();
+        EXPECT_TRUE(PumpUntil([opened] { return GetTickCount() - opened > 400; }));
+        return platform::SafeAnswer(request.type);
+    });
+    ASSERT_TRUE(player_.OpenAudio(name));
+    ASSERT_TRUE(player_.Play(nullptr));
+    const bool closed = RunToClose();
+    platform::SetMessageBoxHandler(std::move(before));
+    ASSERT_TRUE(closed);
+    EXPECT_EQ(boxes, 1);
+    EXPECT_EQ(player_.PlayedFrameCounter(), static_cast<int>(kFrames));
+    std::vector<std::uint8_t> expected(kFrames * 800);
+    for (std::size_t i = 0; i < expected.size(); ++i) {
+        expected[i] = byte(i);
+    }
+    auto played = Played();
+    std::erase(played, std::uint8_t{0x80}); // silence around the sound, and while it waited
+    EXPECT_EQ(played, expected);
 }
 
 TEST_F(RecordedSound, NeverSwapsTheBytesOfASampleWhereFramesAreOdd) {
