@@ -29,31 +29,33 @@ constexpr char kTooLong[] = "] supera i 2147483648 bytes!";
 constexpr char kTemporaryInUse[] = "] è in uso da un'altra operazione!";
 constexpr char kTemporaryExists[] = "] esiste già!";
 constexpr char kCannotBeWritten[] = "] non può essere scritto!";
+constexpr char kHasOddRecords[] = "] ha records di lunghezza dispari!";
 constexpr char kCannotBeRead[] = "] non può essere letto per intero!";
 constexpr char kCancelled[] = "\r\n\r\nImpossibile procedere - Processo di compressione annullato!";
 
 constexpr std::uint32_t kOwnerInterval = 5;
 constexpr std::uint32_t kDialogInterval = 10;
 
+CString CancelledText(const CString& name, const char* what) {
+    return CString(kFile) + PathFileName(name) + what + kCancelled;
+}
+
 /// What a person is told when a rewrite cannot be finished.
 CString FailureText(Fault fault, const CString& file, const CString& temporary) {
-    const auto text = [](const CString& name, const char* what) {
-        return CString(kFile) + PathFileName(name) + what + kCancelled;
-    };
     switch (fault) {
     case Fault::TooLarge:
-        return text(file, kTooLong);
+        return CancelledText(file, kTooLong);
     case Fault::Busy:
-        return text(temporary, kTemporaryInUse);
+        return CancelledText(temporary, kTemporaryInUse);
     case Fault::Mismatch:
-        return text(temporary, kTemporaryExists);
+        return CancelledText(temporary, kTemporaryExists);
     case Fault::Unwritable:
-        return text(temporary, kCannotBeWritten);
+        return CancelledText(temporary, kCannotBeWritten);
     case Fault::Stopped:
     case Fault::BadValue:
         return {}; // the person knows, or has been told in a box
     default:
-        return text(file, kCannotBeRead);
+        return CancelledText(file, kCannotBeRead);
     }
 }
 
@@ -104,6 +106,7 @@ Error ZFilekel::WriteRewritten(RewriteTarget& target, const RewriteParameters& p
     if (!platform::TryLock(Handle())) return {Fault::Busy, 0};
     const ContainerHeader header = Changed(header_, parameters);
     if (RecordCount() > 0 && LosesBytes(header) && !LosesBytes(header_)) {
+        ErrorBox(CancelledText(FileName(), kHasOddRecords));
         return {Fault::BadValue, 0};
     }
     const ByteView user_header =

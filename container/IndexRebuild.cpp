@@ -48,9 +48,15 @@ Error ReadPart(HFILE file, Part& part) {
     bare.RecordCount = 0;
     part.is_container = CheckHeaderFits(bare, part.window.Size()).fault == Fault::None;
     if (!part.is_container) return {};
-    part.changed = part.is_cut || !IndexAgreesWithRecords(file, part.window, part.header);
-    if (!part.changed) return {};
-    return WalkRecords(file, part.window, part.header, part.index);
+    const std::optional<RecordIndex> old_index = ReadOldIndex(file, part.window, part.header);
+    const bool sound =
+        old_index && IndexAgreesWithRecords(file, part.window, part.header, *old_index);
+    if (sound && !part.is_cut) return {};
+    const Error error =
+        WalkRecords(file, part.window, part.header, old_index ? &*old_index : nullptr, part.index);
+    // Where the index alone knows how long a damaged record is, it is as good as it can be.
+    part.changed = part.is_cut || !old_index || !(*old_index == part.index);
+    return error;
 }
 
 /// A long file can be stopped between two pieces.

@@ -4,6 +4,7 @@
 
 #include "framework/base/CArray.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <span>
 
@@ -48,6 +49,11 @@ public:
     /// Count() values.
     std::span<std::uint32_t> SidePositions() { return side_positions_.Items(); }
     std::span<const std::uint32_t> SidePositions() const { return side_positions_.Items(); }
+
+    friend bool operator==(const RecordIndex& left, const RecordIndex& right) {
+        return std::ranges::equal(left.Offsets(), right.Offsets()) &&
+               std::ranges::equal(left.SidePositions(), right.SidePositions());
+    }
 
 private:
     CArray<unsigned int> offsets_;

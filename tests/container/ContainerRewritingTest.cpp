@@ -191,6 +191,9 @@ TEST_F(Rewriting, IntoATypeOfWholePixelsIsRefusedForOddRecords) {
         EXPECT_FALSE(file_.RecompressFile(name_.c_str(), {.compression_type = type}, nullptr));
         EXPECT_EQ(file_.LastError().fault, Fault::BadValue);
     }
+    EXPECT_THAT(Texts(), testing::Each("Il file [film.kvf] ha records di lunghezza dispari!" +
+                                       std::string(kCancelled)));
+    EXPECT_EQ(Texts().size(), 3U);
     EXPECT_EQ(FileBytes(name_), before);
     EXPECT_TRUE(file_.RecompressFile(name_.c_str(), {.compression_type = 17}, nullptr));
     EXPECT_EQ(RecordNumbersIn(name_), Range(10));

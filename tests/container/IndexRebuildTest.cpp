@@ -134,6 +134,40 @@ TEST_F(IndexRebuilding, OfACutFileKeepsTheRecordsThatAreWhole) {
     EXPECT_THAT(Texts(), IsEmpty());
 }
 
+TEST_F(IndexRebuilding, KeepsTheRecordsBehindOneWhoseLengthIsDamaged) {
+    for (const Shape& shape :
+         {Shape{.type = 99}, Shape{.type = 17}, Shape{.type = 8, .key_interval = 3}}) {
+        MakeContainer(name_, shape);
+        const std::uint32_t index = NumberIn(name_, 28);
+        const std::uint32_t fourth = NumberIn(name_, index + 3 * 4);
+        const std::uint32_t length = NumberIn(name_, fourth);
+        for (const std::uint32_t wrong : {0U, length - 1, length + 5, 0x7FFFFFFFU, ~0U}) {
+            MakeContainer(name_, shape);
+            PutNumber(name_, fourth, wrong);
+            const ByteVector damaged = FileBytes(name_);
+            const Result<RebuildReport> report = RebuildIndex(name_.c_str());
+            ASSERT_TRUE(report.Ok());
+            EXPECT_EQ(report.Value().audio.records, 10U) << shape.type << " " << wrong;
+            EXPECT_FALSE(report.Value().written); // it could not be better than it is
+            EXPECT_EQ(FileBytes(name_), damaged);
+            // With another entry wrong, the records themselves are believed again.
+            PutNumber(name_, index + 7 * 4, 1);
+            ASSERT_TRUE(RebuildIndex(name_.c_str()).Value().written);
+            EXPECT_EQ(FileBytes(name_), damaged);
+        }
+    }
+}
+
+TEST_F(IndexRebuilding, RefusesToDropEveryRecordForADamagedHeader) {
+    MakeContainer(name_, {.type = 17});
+    EraseIndex(name_);
+    PutNumber(name_, 4, 1U << 24U); // no record of this file could be so long
+    const ByteVector damaged = FileBytes(name_);
+    EXPECT_EQ(RebuildIndex(name_.c_str()).Why().fault, Fault::BadValue);
+    EXPECT_EQ(FileBytes(name_), damaged);
+    EXPECT_THAT(Names(), ElementsAre("film.kvf"));
+}
+
 TEST_F(IndexRebuilding, FindsTheRecordsOfAFileThatWasNeverClosed) {
     for (const Shape& shape :
          {Shape{.type = 99, .records = 20}, Shape{.type = 8, .records = 20, .key_interval = 6},
