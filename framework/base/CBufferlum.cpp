@@ -6,7 +6,9 @@
 #include "framework/base/XLanguageInfoClass.h"
 #include "platform/base/message_boxes.h"
 
+#include <cstddef>
 #include <cstring>
+#include <functional>
 #include <limits>
 #include <tuple>
 #include <utility>
@@ -74,9 +76,13 @@ CBufferlum& CBufferlum::Append(ByteView bytes) {
         ReportAllocationFailure();
         return *this;
     }
-    const bool own = bytes.data() == data_.get(); // appended to itself
+    // Bytes of its own may move with the block.
+    const std::less<> before;
+    const bool own =
+        !before(bytes.data(), data_.get()) && before(bytes.data(), data_.get() + length_);
+    const std::ptrdiff_t offset = own ? bytes.data() - data_.get() : 0;
     if (!Reserve(static_cast<std::uint32_t>(bytes.size()))) return *this;
-    std::memcpy(data_.get() + length_, own ? data_.get() : bytes.data(), bytes.size());
+    std::memcpy(data_.get() + length_, own ? data_.get() + offset : bytes.data(), bytes.size());
     length_ += static_cast<std::uint32_t>(bytes.size());
     return *this;
 }

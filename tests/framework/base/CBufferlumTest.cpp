@@ -56,6 +56,9 @@ TEST(ByteBuffer, AppendsTextsAndBuffers) {
     EXPECT_THAT(buffer.View(), ElementsAre('a', 'b', 'c', 0));
     buffer.Append(buffer);
     EXPECT_THAT(buffer.View(), ElementsAre('a', 'b', 'c', 0, 'a', 'b', 'c', 0));
+    CBufferlum tight(1);
+    tight.Append(ByteView{buffer.View().first(4)}).Append(tight.View().subspan(1, 2));
+    EXPECT_THAT(tight.View(), ElementsAre('a', 'b', 'c', 0, 'b', 'c'));
     CBufferlum copy;
     copy = buffer;
     buffer.Clear();
