@@ -30,11 +30,20 @@ bool IsControl(char letter) {
     return static_cast<unsigned char>(letter) < 0x20 || letter == 0x7F;
 }
 
+// Those of U+0080 to U+009F, of which terminals obey some, too: two bytes in UTF-8.
+bool BeginsWithWideControl(std::string_view text) {
+    return text.size() >= 2 && text[0] == '\xC2' && static_cast<unsigned char>(text[1]) < 0xA0;
+}
+
 // A run of line ends and blanks becomes one blank, any other control character a question mark.
 void AppendInOneLine(std::string& line, std::string_view text) {
-    for (const char letter : text) {
+    for (; !text.empty(); text.remove_prefix(1)) {
+        const char letter = text.front();
         if (letter == '\r' || letter == '\n' || letter == '\t' || letter == ' ') {
             if (!line.empty() && line.back() != ' ') line += ' ';
+        } else if (BeginsWithWideControl(text)) {
+            line += '?';
+            text.remove_prefix(1);
         } else {
             line += IsControl(letter) ? '?' : letter;
         }

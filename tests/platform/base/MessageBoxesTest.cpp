@@ -29,6 +29,7 @@ TEST(MessageBoxes, AreOneSafeLineOnAConsole) {
               "ZFilekel: Prima riga. SECONDA?\n");
     EXPECT_EQ(answer, IDNO);
     EXPECT_EQ(ConsoleLineOf("\x1B[2J\x07 è \x7F", "ERRORE", MB_OK), "ERRORE: ?[2J? è ?\n");
+    EXPECT_EQ(ConsoleLineOf("\xC2\x9B[2J \xC2\xA0", "ERRORE", MB_OK), "ERRORE: ?[2J \xC2\xA0\n");
     EXPECT_EQ(ConsoleLineOf(nullptr, nullptr, MB_OK), "Errore:\n");
 }
 
