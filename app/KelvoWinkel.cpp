@@ -8,6 +8,8 @@
 #include "platform/desktop/menus.h"
 #include "platform/desktop/messages.h"
 
+#include <utility>
+
 namespace kelvo {
 namespace {
 
@@ -21,6 +23,8 @@ constexpr char kMenu[] = "MENUKELVOWIN";
 
 constexpr int kLightGrey = 7;
 constexpr int kExitThreshold = 100;
+constexpr UINT_PTR kWaitingCommandsTimer = 1;
+constexpr UINT kWaitingCommandsMs = 20;
 constexpr LONG kSoundOnlyWidth = 400;
 constexpr LONG kSoundOnlyExtraHeight = 160;
 
@@ -51,6 +55,7 @@ bool KelvoWinkel::Run(CWin* owner, const CString& file_name, std::uint32_t optio
 // --- messages ----------------------------------------------------------------------------------
 
 bool KelvoWinkel::HandleMessage(UINT message, WPARAM wparam, LPARAM lparam) {
+    if (message == WM_CLOSE && OnClose()) return true;
     if (CWin::HandleMessage(message, wparam, lparam)) return true;
     switch (message) {
     case WM_CREATE:
@@ -58,7 +63,9 @@ bool KelvoWinkel::HandleMessage(UINT message, WPARAM wparam, LPARAM lparam) {
     case WM_SIZE:
         return OnSize();
     case WM_COMMAND:
-        return OnCommand(static_cast<Command>(LOWORD(wparam)), lparam);
+        return OnCommandMessage(wparam, lparam);
+    case WM_TIMER:
+        return OnTimer(wparam);
     default:
         return false;
     }
@@ -98,6 +105,36 @@ bool KelvoWinkel::OnSize() {
     video_.ReapplyAnchors();
     position_bar_.ReapplyAnchors();
     return false;
+}
+
+// A window that is busy goes as soon as it is done.
+bool KelvoWinkel::OnClose() {
+    if (!IsBusy() || !RunsModally()) return false;
+    EndModal(0);
+    return true;
+}
+
+bool KelvoWinkel::OnTimer(WPARAM timer) {
+    if (timer != kWaitingCommandsTimer) return false;
+    if (IsBusy()) return true;
+    KillTimer(Window(), kWaitingCommandsTimer);
+    for (const WaitingCommand& command : std::exchange(waiting_commands_, {})) {
+        Post(WM_COMMAND, command.wparam, command.lparam);
+    }
+    return true;
+}
+
+bool KelvoWinkel::OnCommandMessage(WPARAM wparam, LPARAM lparam) {
+    const auto command = static_cast<Command>(LOWORD(wparam));
+    if (IsBusy() && command != Command::Exit) {
+        waiting_commands_.push_back({wparam, lparam});
+        SetTimer(Window(), kWaitingCommandsTimer, kWaitingCommandsMs, nullptr);
+        return true;
+    }
+    const bool was_busy = std::exchange(carries_out_command_, true);
+    const bool handled = OnCommand(command, lparam);
+    carries_out_command_ = was_busy;
+    return handled;
 }
 
 bool KelvoWinkel::OnCommand(Command command, LPARAM lparam) {
@@ -148,7 +185,10 @@ INT_PTR KelvoWinkel::HandleNotification(int code, INT_PTR a, INT_PTR b) {
         OnPlaybackEnded();
         break;
     case kPositionClicked:
+        if (IsBusy()) break; // as good as a click on an inert window
+        carries_out_command_ = true;
         OnSeek(static_cast<int>(a));
+        carries_out_command_ = false;
         break;
     default:
         break;

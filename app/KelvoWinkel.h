@@ -11,6 +11,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <vector>
 
 namespace kelvo {
 
@@ -77,13 +78,24 @@ public:
     const CProgressBar& PositionBar() const { return position_bar_; }
 
 private:
+    struct WaitingCommand {
+        WPARAM wparam;
+        LPARAM lparam;
+    };
     static constexpr int kPlayedOnce = 200; ///< of play_marker_
 
     bool OnCreate();
     bool OnSize();
+    bool OnClose();
+    bool OnTimer(WPARAM timer);
+    bool OnCommandMessage(WPARAM wparam, LPARAM lparam);
     bool OnCommand(Command command, LPARAM lparam);
     bool OnTransportCommand(Command command);
     void CreateChildren();
+
+    /// Whether a command or the reading of sound is under way. Its box dispatches what is queued,
+    /// and that must not take the film away or start it anew meanwhile.
+    bool IsBusy() const { return carries_out_command_ || audio_.IsRefilling(); }
 
     // Opening
     void CloseWhatIsOpen();
@@ -139,6 +151,8 @@ private:
     std::uint32_t options_ = 0;
     bool no_video_ = false;
     CString last_directory_; ///< of the last film opened
+    bool carries_out_command_ = false;
+    std::vector<WaitingCommand> waiting_commands_; ///< came while busy; the oldest first
     bool terminal_ = false;
     std::atomic<int> total_seconds_ = 0; ///< either thread, for the terminal's line
     std::atomic<int> shown_seconds_ = -1;

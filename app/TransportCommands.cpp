@@ -190,6 +190,7 @@ void KelvoWinkel::OnSeek(int position) {
     }
     video_.StepFrames(position - video_.CurrentFrame());
     audio_.SyncToVideo(video_);
+    UpdateWindow(video_.Window());
     if (!WaitForNextSeek()) PlayFromHere();
 }
 

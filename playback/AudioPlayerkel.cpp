@@ -103,6 +103,14 @@ bool AudioPlayerkel::IsHeard() const {
 
 bool AudioPlayerkel::OnDeviceOpen() {
     if (closing_) return true; // stopped before the device had opened
+    refilling_ = true;
+    StartPlaying();
+    refilling_ = false;
+    return true;
+}
+
+void AudioPlayerkel::StartPlaying() {
+    done_meanwhile_ = nullptr;
     stream_inside_sample_ = false;
     int next = 0;
     std::uint32_t capture_time = 0;
@@ -112,7 +120,7 @@ bool AudioPlayerkel::OnDeviceOpen() {
     played_frame_counter_ = next;
     if (!first_read) {
         CloseDevice();
-        return true;
+        return;
     }
     FillBuffer(0);
     current_buffer_ = 0;
@@ -121,7 +129,7 @@ bool AudioPlayerkel::OnDeviceOpen() {
     Notify(NotifyAudioStarted, reinterpret_cast<INT_PTR>(buffers_[0].data()),
            reinterpret_cast<INT_PTR>(buffers_[1].data()));
     // What the notification did may have stopped the device again.
-    if (closing_) return true;
+    if (closing_) return;
     stopping_ = false;
     paused_ = false;
     device_active_ = true;
@@ -132,7 +140,6 @@ bool AudioPlayerkel::OnDeviceOpen() {
     } else {
         EndOfTrack(); // nothing for the second buffer: the first one's end closes the device
     }
-    return true;
 }
 
 bool AudioPlayerkel::OnBufferDone(WAVEHDR* header) {

@@ -68,6 +68,9 @@ public:
     /// From the request to open the device until its report that it closed.
     bool IsDeviceActive() const { return device_active_; }
     bool IsFastForward() const { return fast_forward_; }
+    /// Whether a frame is being read, perhaps with a box that says why it is damaged: the track
+    /// must stay open meanwhile.
+    bool IsRefilling() const { return refilling_; }
     /// One more than the number of the frame that is heard; where sound will start, while it is
     /// stopped. Any thread.
     const std::atomic<std::int32_t>& PlayedFrameCounter() const { return played_frame_counter_; }
@@ -80,6 +83,7 @@ public:
 private:
     bool OnDeviceOpen();
     bool OnBufferDone(WAVEHDR* header);
+    void StartPlaying();
     void RefillBuffer();
     bool OnDeviceClosed();
     bool ReadNextFrame();
