@@ -8,6 +8,8 @@
 #include <vorbis/vorbisenc.h>
 
 #include <algorithm>
+#include <cmath>
+#include <numbers>
 #include <stdexcept>
 
 namespace kelvo::test {
@@ -168,6 +170,32 @@ Bytes VorbisTrack::Build() const {
     header.FrameBytes = frame_bytes;
     const auto header_bytes = AudioHeaderBytes(header);
     return Joined({bytes, Bytes(header_bytes.begin(), header_bytes.end()), stream});
+}
+
+std::vector<float> Tone(double seconds, std::uint32_t sample_rate, double hertz, double loudness) {
+    std::vector<float> samples(static_cast<std::size_t>(seconds * sample_rate));
+    for (std::size_t i = 0; i < samples.size(); ++i) {
+        const double phase = 2.0 * std::numbers::pi * hertz * static_cast<double>(i) / sample_rate;
+        samples[i] = static_cast<float>(loudness * std::sin(phase));
+    }
+    return samples;
+}
+
+std::vector<float> Sweep(double seconds, std::uint32_t sample_rate) {
+    std::vector<float> samples(static_cast<std::size_t>(seconds * sample_rate));
+    for (std::size_t i = 0; i < samples.size(); ++i) {
+        const double t = static_cast<double>(i) / sample_rate;
+        samples[i] =
+            static_cast<float>(0.5 * std::sin(2.0 * std::numbers::pi * (200 + 20 * t) * t));
+    }
+    return samples;
+}
+
+VorbisTrack SweepTrack(double seconds) {
+    VorbisTrack track;
+    track.frame_count = static_cast<std::uint32_t>(seconds * 10);
+    track.stream = EncodedStream({Sweep(seconds, 22050)}, 22050);
+    return track;
 }
 
 } // namespace kelvo::test

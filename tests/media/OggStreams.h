@@ -36,4 +36,12 @@ struct VorbisTrack {
     Bytes Build() const;
 };
 
+/// A sine as loud as half of the range.
+std::vector<float> Tone(double seconds, std::uint32_t sample_rate, double hertz,
+                        double loudness = 0.5);
+/// A tone whose pitch climbs, so that no two frames are alike.
+std::vector<float> Sweep(double seconds, std::uint32_t sample_rate);
+/// The same as a track of 22050 samples a second of one byte, ten frames a second.
+VorbisTrack SweepTrack(double seconds);
+
 } // namespace kelvo::test

@@ -254,7 +254,7 @@ TEST_F(RecordedSound, StaysInOrderWhileTheBoxOfADamagedFrameIsOpen) {
     const CString name = folder_.Name("sound.kaf");
     MakeAudio(name, {.frames = kFrames, .byte = byte});
     {
-        // The third frame claims to be a byte longer than it is.
+        // The fourth frame claims to be a byte longer than it is.
         std::fstream file(name.c_str(), std::ios::binary | std::ios::in | std::ios::out);
         file.seekp(1052 + 34 + 3 * (4 + 800 + 32));
         file.put(static_cast<char>(801 % 256));
