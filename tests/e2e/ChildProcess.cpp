@@ -3,11 +3,13 @@
 #include <array>
 #include <csignal>
 #include <cstdlib>
+#include <fcntl.h>
 #include <filesystem>
 #include <sys/mman.h>
 #include <sys/prctl.h>
 #include <sys/wait.h>
 #include <thread>
+#include <tuple>
 #include <unistd.h>
 
 extern char** environ;
@@ -72,9 +74,16 @@ ChildProcess::ChildProcess(const std::vector<std::string>& arguments,
     std::vector<std::string> environment_texts = Merged(environment);
     const std::vector<char*> argument_list = Pointers(argument_texts);
     const std::vector<char*> environment_list = Pointers(environment_texts);
+    std::array<int, 2> input{};
+    if (pipe2(input.data(), O_CLOEXEC) != 0) return;
+    input_ = input[1];
     pid_ = fork();
-    if (pid_ != 0) return;
+    if (pid_ != 0) {
+        close(input[0]);
+        return;
+    }
     prctl(PR_SET_PDEATHSIG, SIGKILL);
+    dup2(input[0], STDIN_FILENO);
     dup2(output_, STDOUT_FILENO);
     dup2(errors_, STDERR_FILENO);
     if (ready_fd == kReadyFd) {
@@ -97,6 +106,7 @@ ChildProcess::~ChildProcess() {
             WaitForExit();
         }
     }
+    close(input_);
     close(output_);
     close(errors_);
 }
@@ -122,6 +132,10 @@ std::optional<ExitStatus> ChildProcess::WaitForExit(std::chrono::milliseconds pa
 
 void ChildProcess::Signal(int number) const {
     if (pid_ > 0 && !status_) kill(pid_, number);
+}
+
+void ChildProcess::Tell(const std::string& text) const {
+    std::ignore = write(input_, text.data(), text.size()); // one that has ended hears nothing
 }
 
 std::string ChildProcess::Output() const {

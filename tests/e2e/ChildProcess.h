@@ -48,12 +48,15 @@ public:
     /// @return nothing when it still runs after that time
     std::optional<ExitStatus> WaitForExit(std::chrono::milliseconds patience = kPatience);
     void Signal(int number) const;
+    /// Writes to its standard input.
+    void Tell(const std::string& text) const;
     /// What it has written so far.
     std::string Output() const;
     std::string Errors() const;
 
 private:
     pid_t pid_ = -1;
+    int input_ = -1; ///< our end of its standard input
     int output_ = -1;
     int errors_ = -1;
     std::optional<ExitStatus> status_;

@@ -111,16 +111,20 @@ std::string CodedFilmPlan::Name() const {
            std::to_string(8 * bytes_per_sample) + " bits";
 }
 
+std::optional<std::string> MakeCodedPair(const std::string& name, const CodedFilmPlan& plan) {
+    if (!WritePicture(CString((name + ".kvf").c_str()), plan)) return "the picture is not written";
+    if (!WriteSound(CString((name + ".kaf").c_str()), plan)) return "the sound is not written";
+    return std::nullopt;
+}
+
 std::optional<std::string> MakeCodedFilm(const std::string& file, const CodedFilmPlan& plan) {
-    const std::string picture = file + ".picture.kvf";
-    const std::string sound = file + ".sound.kaf";
-    if (!WritePicture(CString(picture.c_str()), plan)) return "the picture cannot be written";
-    if (!WriteSound(CString(sound.c_str()), plan)) return "the sound cannot be written";
-    const Error error =
-        WriteFilmFile(CString(file.c_str()), CString(sound.c_str()), CString(picture.c_str()));
-    std::filesystem::remove(picture);
-    std::filesystem::remove(sound);
-    if (error.fault != Fault::None) return "the film cannot be written";
+    const std::string pair = file + ".track";
+    if (const auto problem = MakeCodedPair(pair, plan)) return problem;
+    const Error error = WriteFilmFile(CString(file.c_str()), CString((pair + ".kaf").c_str()),
+                                      CString((pair + ".kvf").c_str()));
+    std::filesystem::remove(pair + ".kvf");
+    std::filesystem::remove(pair + ".kaf");
+    if (error.fault != Fault::None) return "the film is not written";
     return std::nullopt;
 }
 

@@ -39,6 +39,8 @@ inline constexpr int kCodedHeight = 480;
 
 /// Writes the film (a .kva). @return what went wrong, or nothing
 std::optional<std::string> MakeCodedFilm(const std::string& file, const CodedFilmPlan& plan);
+/// The same as two files, the given name with .kvf and .kaf.
+std::optional<std::string> MakeCodedPair(const std::string& name, const CodedFilmPlan& plan);
 
 /// Reads the bar code of a picture in natural size.
 /// @param left, top  of the picture on the screen

@@ -29,22 +29,24 @@ bool Measure(const kelvo::test::Stage& stage, kelvo::test::CodedFilmPlan plan,
     plan.seconds = options.seconds;
     bool good = true;
     for (int turn = 0; turn < options.repeat; ++turn) {
-        const auto run = kelvo::test::PlayCodedFilm(stage, plan);
-        if (!run.problem.empty()) {
-            std::printf("%s: %s\n", plan.Name().c_str(), run.problem.c_str());
+        kelvo::test::SyncRun run(stage, plan);
+        if (!run.Problem().empty() || !run.WaitForEnd()) {
+            std::printf("%s: not played to its end. %s\n", plan.Name().c_str(),
+                        run.Problem().c_str());
             return false;
         }
-        const bool strict = std::abs(run.agreement.Median()) <= kStrictMedianMs &&
-                            run.agreement.Worst() <= kStrictWorstMs && run.agreement.missed == 0;
+        const kelvo::test::Agreement agreement = run.Finish();
+        const bool strict = std::abs(agreement.Median()) <= kStrictMedianMs &&
+                            agreement.Worst() <= kStrictWorstMs && agreement.missed == 0;
         std::printf("%s %s: %s\n", strict ? "good" : "BAD ", plan.Name().c_str(),
-                    run.agreement.Text().c_str());
+                    agreement.Text().c_str());
         std::fflush(stdout);
-        const std::string outside = run.agreement.Outside(kNoteworthyMs);
+        const std::string outside = agreement.Outside(kNoteworthyMs);
         if (!outside.empty())
             std::printf("     outside %.0f ms:%s\n", kNoteworthyMs, outside.c_str());
-        if (run.agreement.unmatched > 0) {
+        if (agreement.unmatched > 0) {
             std::printf("     heard:");
-            for (const auto& frame : run.heard) {
+            for (const auto& frame : run.Heard()) {
                 std::printf(" %d", frame.code);
             }
             std::printf("\n");

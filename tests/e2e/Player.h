@@ -32,14 +32,20 @@ private:
     SoundServer sound_;
 };
 
+/// Whether the player also takes commands from the test.
+enum class Commanded : bool { No, Yes };
+
 class Player {
 public:
     /// @param arguments    without the program's name
     /// @param environment  on top of the stage's
     Player(const Stage& stage, const std::vector<std::string>& arguments,
-           const Environment& environment = {}, const std::string& folder = {});
+           const Environment& environment = {}, const std::string& folder = {},
+           Commanded commanded = Commanded::No);
 
     ChildProcess& Process() { return process_; }
+    /// Posts a command to the main window of a commanded player.
+    void Command(int number) const { process_.Tell(std::to_string(number) + "\n"); }
     /// Waits for the main window. @return whether it has come
     bool WaitForWindow();
     bool WaitForTitle(const std::string& title);

@@ -23,37 +23,49 @@ std::vector<CodedFilmPlan> SyncPlans() {
     };
 }
 
-SyncRun PlayCodedFilm(const Stage& stage, const CodedFilmPlan& plan) {
-    SyncRun run;
-    const TemporaryFolder folder;
-    const std::string film = folder.File("coded.kva");
-    if (const auto problem = MakeCodedFilm(film, plan)) {
-        run.problem = *problem;
-        return run;
+SyncRun::SyncRun(const Stage& stage, const CodedFilmPlan& plan) : plan_(plan) {
+    const std::string film = folder_.File("coded.kva");
+    if (const auto failed = MakeCodedFilm(film, plan)) {
+        problem_ = *failed;
+        return;
     }
-    Recorder recorder(stage.Sound());
-    Player player(stage, {film});
-    if (!player.WaitForTitle("Kelvo - coded")) {
-        run.problem = "the player did not open the film: " + player.Process().Errors();
-        return run;
+    recorder_ = std::make_unique<Recorder>(stage.Sound());
+    player_ = std::make_unique<Player>(stage, std::vector{film}, Environment{}, std::string{},
+                                       Commanded::Yes);
+    if (!player_->WaitForTitle("Kelvo - coded")) {
+        problem_ = "the player did not open the film: " + player_->Process().Errors();
+        return;
     }
-    const auto picture = player.WaitForPicture(kCodedWidth, kCodedHeight);
+    const auto picture = player_->WaitForPicture(kCodedWidth, kCodedHeight);
     if (!picture) {
-        run.problem = "the window did not take the film's size";
-        return run;
+        problem_ = "the window did not take the film's size";
+        return;
     }
-    ImageWatcher watcher(stage.Screen(), picture->x, picture->y);
-    const bool played = WaitUntil([&] { return watcher.Current() == plan.Images() - 1; },
-                                  std::chrono::seconds(plan.seconds) + kPatience);
-    if (!played)
-        run.problem = "the last image was not seen, only " + std::to_string(watcher.Current());
-    run.seen = watcher.Stop();
-    player.AskToClose();
-    player.WaitForExit();
-    run.heard = HeardFrames(recorder.Stop());
-    if (run.heard.empty()) run.problem += " nothing was heard";
-    run.agreement = Compare(plan, run.seen, run.heard);
-    return run;
+    picture_ = *picture;
+    watcher_ = std::make_unique<ImageWatcher>(stage.Screen(), picture->x, picture->y);
+}
+
+bool SyncRun::WaitForImage(int number) const {
+    return WaitForImages(number, number);
+}
+
+bool SyncRun::WaitForImages(int first, int last) const {
+    return WaitUntil(
+        [&] {
+            const int current = watcher_->Current();
+            return current >= first && current <= last;
+        },
+        std::chrono::seconds(plan_.seconds) + kPatience);
+}
+
+Agreement SyncRun::Finish(Clock::time_point from) {
+    seen_ = watcher_->Stop();
+    player_->AskToClose();
+    player_->WaitForExit();
+    heard_ = HeardFrames(recorder_->Stop());
+    std::vector<SeenImage> counted = seen_;
+    std::erase_if(counted, [from](const SeenImage& image) { return image.at < from; });
+    return Compare(plan_, counted, heard_);
 }
 
 } // namespace kelvo::test
