@@ -87,7 +87,9 @@ void WaveOutDevice::FillBlock(std::span<std::uint8_t> block) {
     bool has_news = false;
     {
         const std::lock_guard lock(mutex_);
-        const Time heard_at = clock_.TakeBlock(std::chrono::steady_clock::now(), block.size());
+        const Time now = std::chrono::steady_clock::now();
+        ForgetHeardStretches(now); // or they grow with the film
+        const Time heard_at = clock_.TakeBlock(now, block.size());
         const std::size_t waiting = taken_.size();
         const std::size_t taken = paused_ ? 0 : TakeBytes(block, heard_at);
         std::ranges::fill(block.subspan(taken), silence);
