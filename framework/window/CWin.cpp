@@ -17,8 +17,6 @@
 namespace kelvo {
 namespace {
 
-constexpr char kBaseClass[] = "LUMBASECLS";
-
 constexpr char kNotStarted[] = "CHIAMARE lum.StartDefaultKernel() prima di creare oggetti CWin!";
 constexpr char kNotCreatedText[] = "Classe : <%s>, Titolo <%s>, Istanza <%p>, ResIst <%p>";
 constexpr int kNotCreatedCaptionId = 1254;
@@ -35,7 +33,7 @@ constexpr std::uint32_t kSavedBytes = 25;
 } // namespace
 
 CWin::CWin(std::uint32_t class_id)
-    : CObj(class_id), class_name_(kBaseClass),
+    : CObj(class_id), class_name_(kBaseWindowClass),
       style_(WS_VISIBLE | WS_CLIPCHILDREN | WS_OVERLAPPEDWINDOW), left_(CW_USEDEFAULT),
       top_(CW_USEDEFAULT), height_(CW_USEDEFAULT), width_(CW_USEDEFAULT) {}
 
@@ -93,7 +91,8 @@ bool CWin::HandleMessage(UINT message, WPARAM wparam, LPARAM lparam) {
         }
         return false; // the default procedure destroys the window
     case kEndModalMessage:
-        // ProcessMessages or the loop of an open box may have taken it: the end is not lost with it.
+        // ProcessMessages or the loop of an open box may have taken it: the end is not lost with
+        // it.
         if (modal_running_) {
             end_requested_ = true;
             end_result_ = lparam;
@@ -126,17 +125,21 @@ bool CWin::OnEraseBackground(HDC context) const {
     return true;
 }
 
-int CWin::Create() {
+bool CWin::HasInstance() {
     if (instance_ == nullptr) instance_ = lum.Instance();
-    if (instance_ == nullptr) {
-        ErrorBox(kNotStarted);
-        return 0;
-    }
+    return instance_ != nullptr || ErrorBox(kNotStarted);
+}
+
+bool CWin::CreateIn(HWND parent) {
     modal_running_ = false;
-    window_ = CreateWindowExA(
-        extended_style_, class_name_.Text(), title_.Text(), style_, left_, top_, width_, height_,
-        parent_ != nullptr ? parent_->window_ : nullptr, menu_, instance_, this);
-    if (window_ == nullptr) {
+    window_ = CreateWindowExA(extended_style_, class_name_.Text(), title_.Text(), style_, left_,
+                              top_, width_, height_, parent, menu_, instance_, this);
+    return window_ != nullptr;
+}
+
+int CWin::Create() {
+    if (!HasInstance()) return 0;
+    if (!CreateIn(parent_ != nullptr ? parent_->window_ : nullptr)) {
         const CString text = CString::Formatted(kNotCreatedText, class_name_.Text(), title_.Text(),
                                                 static_cast<void*>(instance_),
                                                 static_cast<void*>(lum.ResourceIst()));
@@ -148,16 +151,9 @@ int CWin::Create() {
 }
 
 int CWin::Create(HWND parent) {
-    if (instance_ == nullptr) instance_ = lum.Instance();
-    if (instance_ == nullptr) {
-        ErrorBox(kNotStarted);
-        return 0;
-    }
-    modal_running_ = false;
+    if (!HasInstance()) return 0;
     parent_ = nullptr;
-    window_ = CreateWindowExA(extended_style_, class_name_.Text(), title_.Text(), style_, left_,
-                              top_, width_, height_, parent, menu_, instance_, this);
-    if (window_ == nullptr) {
+    if (!CreateIn(parent)) {
         CString text = XLanguageInfoClass::Translate(kClassLabelId, kClassLabel);
         text += class_name_;
         text += ",  ";
@@ -190,9 +186,11 @@ void CWin::SetText(LPCSTR text) {
 }
 
 void CWin::Place(UINT flags) const {
-    if (HasWindow()) {
-        SetWindowPos(window_, nullptr, left_, top_, width_, height_, SWP_NOZORDER | flags);
-    }
+    if (!HasWindow()) return;
+    // What the system was to choose has been chosen.
+    if (left_ == CW_USEDEFAULT || top_ == CW_USEDEFAULT) flags |= SWP_NOMOVE;
+    if (width_ == CW_USEDEFAULT || height_ == CW_USEDEFAULT) flags |= SWP_NOSIZE;
+    SetWindowPos(window_, nullptr, left_, top_, width_, height_, SWP_NOZORDER | flags);
 }
 
 void CWin::SetLeft(LONG left) {

@@ -19,6 +19,9 @@ class Stream;
 /// Message that ends a window's modal loop; lParam carries the result.
 inline constexpr UINT kEndModalMessage = 0x1414;
 
+/// The class that windows are of unless they name another; the kernel registers it.
+inline constexpr char kBaseWindowClass[] = "LUMBASECLS";
+
 /// Distances that hold a child's edges to its parent's client area, in pixels; a negative margin
 /// leaves that side free.
 struct AnchorMargins {
@@ -131,6 +134,8 @@ private:
 
     static constexpr BYTE kCreatedState = 1;
 
+    bool HasInstance();
+    bool CreateIn(HWND parent);
     int FinishCreation();
     bool OnMove();
     bool OnEraseBackground(HDC context) const;

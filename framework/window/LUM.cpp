@@ -10,7 +10,6 @@ namespace kelvo {
 namespace {
 
 constexpr std::uint32_t kKernelClassId = 25030100;
-constexpr char kBaseClass[] = "LUMBASECLS";
 constexpr char kDialogClass[] = "LUMDIALOG";
 constexpr UINT kRedrawOnResize = CS_VREDRAW | CS_HREDRAW;
 
@@ -85,8 +84,8 @@ int LUM::RegisterDefaultClasses(HICON icon) {
     if (RegisterNewDialogClass(instance_, nullptr, kDialogClass, nullptr, kRedrawOnResize) != 0) {
         registered |= kDialogClassRegistered;
     }
-    if (RegisterNewClass(instance_, nullptr, kBaseClass, nullptr, kRedrawOnResize, nullptr, icon) !=
-        0) {
+    if (RegisterNewClass(instance_, nullptr, kBaseWindowClass, nullptr, kRedrawOnResize, nullptr,
+                         icon) != 0) {
         registered |= kBaseClassRegistered;
     }
     return registered;
