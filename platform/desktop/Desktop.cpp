@@ -38,6 +38,15 @@ namespace {
 
 using namespace kelvo::desktop;
 
+/// What is worth trying, in order: a display that the environment does not name is not there, and
+/// the toolkit would complain about it on the terminal.
+std::string PlatformsToTry() {
+    std::string platforms;
+    if (qEnvironmentVariableIsSet("DISPLAY")) platforms += "xcb;";
+    if (qEnvironmentVariableIsSet("WAYLAND_DISPLAY")) platforms += "wayland;";
+    return platforms + "offscreen";
+}
+
 /// The application object keeps references to its arguments.
 struct Application {
     explicit Application(const char* program_name) : name(program_name) {
@@ -51,7 +60,7 @@ struct Application {
 
     std::string name;
     std::string option = "-platform";
-    std::string platforms = "xcb;wayland;offscreen";
+    std::string platforms = PlatformsToTry();
     char* arguments[4] = {name.data(), nullptr, nullptr, nullptr};
     int count = 1;
     std::unique_ptr<QApplication> application;

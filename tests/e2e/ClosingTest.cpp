@@ -16,9 +16,9 @@ class Closing : public OnStage {};
 constexpr auto kLongestEnd = kSanitized ? 15s : 3s;
 
 TEST_F(Closing, EndsSoonAtAnyMomentAndLeavesNoSoundBehind) {
-    const std::string film = Film("film.kva", {.seconds = 4});
+    const std::string film = Film("film.kva", {.seconds = 3});
     std::mt19937 random(20); // the same moments each time
-    std::uniform_int_distribution<int> moment_ms(0, 2500);
+    std::uniform_int_distribution<int> moment_ms(0, 1500);
     const int rounds = kSanitized ? 5 : 20;
     for (int round = 0; round < rounds; ++round) {
         Player player(TheStage(), {film});
@@ -36,7 +36,7 @@ TEST_F(Closing, EndsSoonAtAnyMomentAndLeavesNoSoundBehind) {
 }
 
 TEST_F(Closing, EndsWhileAFilmIsBeingSought) {
-    const std::string film = Film("film.kva", {.seconds = 30});
+    const std::string film = Film("film.kva", {.seconds = 8});
     for (int round = 0; round < (kSanitized ? 1 : 3); ++round) {
         Player player(TheStage(), {film});
         ASSERT_TRUE(WaitForAnyImage(player));
@@ -48,7 +48,7 @@ TEST_F(Closing, EndsWhileAFilmIsBeingSought) {
 }
 
 TEST_F(Closing, EndsByASignalAtOnce) {
-    Player player(TheStage(), {Film("film.kva", {.seconds = 30})});
+    Player player(TheStage(), {Film("film.kva", {.seconds = 8})});
     ASSERT_TRUE(WaitForAnyImage(player));
     player.Process().Signal(SIGINT);
     EXPECT_EQ(player.WaitForExit(kLongestEnd), (ExitStatus{.code = -1, .signal = SIGINT}));

@@ -78,15 +78,15 @@ TEST_F(InStep, HoldsThePictureWithTheSoundAndGoesOnTogether) {
 }
 
 TEST_F(InStep, StaysTogetherAfterASeek) {
-    const CodedFilmPlan plan{.audio_frames_per_second = 5, .images_per_second = 25, .seconds = 20};
+    const CodedFilmPlan plan{.audio_frames_per_second = 5, .images_per_second = 25, .seconds = 12};
     SyncRun run(TheStage(), plan);
     ASSERT_EQ(run.Problem(), "");
-    ASSERT_TRUE(run.WaitForImages(10, 100));
+    ASSERT_TRUE(run.WaitForImages(10, 80));
     TheStage().Screen().Click(run.Picture().x + kCodedWidth - 60, run.Picture().y - 12);
-    ASSERT_TRUE(run.WaitForImages(350, 450)) << run.CurrentImage();
+    ASSERT_TRUE(run.WaitForImages(200, 270)) << run.CurrentImage();
     const auto from = Clock::now();
     ASSERT_TRUE(run.WaitForEnd());
-    ExpectInStep(run.Finish(from), 50);
+    ExpectInStep(run.Finish(from), 20);
 }
 
 TEST_F(InStep, StaysTogetherAfterStopAndPlay) {

@@ -60,7 +60,7 @@ const NameCase kNames[] = {
     {"WithADotInside", "film.1.kva", "film.1.kva", "Kelvo - film.1"},
 };
 TEST_P(Names, Open) {
-    const std::string name = Film(GetParam().file, {.seconds = 20});
+    const std::string name = Film(GetParam().file, {.seconds = 5});
     std::string typed = GetParam().typed;
     if (const auto at = typed.find('%'); at != std::string::npos) {
         typed.replace(at, 1, std::filesystem::path(folder_.Path()).filename().string());
@@ -76,13 +76,13 @@ INSTANTIATE_TEST_SUITE_P(All, Names, testing::ValuesIn(kNames),
                          [](const auto& test) { return std::string(test.param.what); });
 
 TEST_F(Opening, JoinsWhatTheShellHasSplit) {
-    Film("due parole.kva", {.seconds = 20});
+    Film("due parole.kva", {.seconds = 5});
     Player player(TheStage(), {"due", "parole.kva"}, {}, folder_.Path());
     EXPECT_TRUE(player.WaitForTitle("Kelvo - due parole")) << player.Title();
 }
 
 TEST_F(Opening, FindsThePairByEitherOfItsNames) {
-    const CodedFilmPlan plan{.seconds = 20};
+    const CodedFilmPlan plan{.seconds = 5};
     ASSERT_EQ(MakeCodedPair(folder_.File("pair"), plan).value_or(""), "");
     for (const char* typed : {"pair.kvf", "pair.kaf"}) {
         Recorder recorder(TheStage().Sound());
@@ -96,7 +96,7 @@ TEST_F(Opening, FindsThePairByEitherOfItsNames) {
 }
 
 TEST_F(Opening, NamesTheTrackThatIsMissing) {
-    const CodedFilmPlan plan{.seconds = 20};
+    const CodedFilmPlan plan{.seconds = 5};
     ASSERT_EQ(MakeCodedPair(folder_.File("pair"), plan).value_or(""), "");
     std::filesystem::remove(folder_.File("pair.kaf"));
     {

@@ -9,7 +9,6 @@
 #include <optional>
 
 namespace kelvo::test {
-namespace {
 
 constexpr char kSink[] = "loudspeaker";
 constexpr std::chrono::microseconds kSameBlock{1500};
@@ -65,7 +64,69 @@ public:
     pa_context* context_;
 };
 
-} // namespace
+enum class Memory : bool { None, All };
+
+/// A stream that records the loudspeaker.
+struct ServerStream {
+    ServerStream(const SoundServer& server, Memory memory_kept)
+        : connection(server.Address()), memory(memory_kept) {
+        if (!connection.WaitUntilReady()) return;
+        const Connection::Locked locked(connection);
+        const pa_sample_spec spec{PA_SAMPLE_FLOAT32LE, SoundServer::kRate, 1};
+        stream = pa_stream_new(connection.context_, "ear", &spec, nullptr);
+        pa_stream_set_read_callback(
+            stream,
+            [](pa_stream*, std::size_t, void* data) { static_cast<ServerStream*>(data)->Take(); },
+            this);
+        pa_buffer_attr attributes{};
+        attributes.maxlength = static_cast<std::uint32_t>(-1);
+        attributes.fragsize = SoundServer::kRate * kFragmentMs / 1000 * sizeof(float);
+        pa_stream_connect_record(stream, (std::string(kSink) + ".monitor").c_str(), &attributes,
+                                 PA_STREAM_ADJUST_LATENCY);
+    }
+    ~ServerStream() { Disconnect(); }
+    ServerStream(const ServerStream&) = delete;
+    ServerStream& operator=(const ServerStream&) = delete;
+
+    void Disconnect() {
+        if (stream == nullptr) return;
+        const Connection::Locked locked(connection);
+        pa_stream_set_read_callback(stream, nullptr, nullptr);
+        pa_stream_disconnect(stream);
+        pa_stream_unref(stream);
+        stream = nullptr;
+    }
+    void Take() {
+        const auto now = Clock::now();
+        const std::lock_guard lock(mutex);
+        // What the server renders at once arrives in pieces: the first one has the time.
+        if (now - last_arrival > kSameBlock) {
+            recording.blocks.push_back({recording.samples.size(), now});
+        }
+        last_arrival = now;
+        if (memory == Memory::None) recording = {};
+        while (pa_stream_readable_size(stream) > 0) {
+            const void* data = nullptr;
+            std::size_t bytes = 0;
+            if (pa_stream_peek(stream, &data, &bytes) != 0 || bytes == 0) return;
+            const std::size_t count = bytes / sizeof(float);
+            const auto* samples = static_cast<const float*>(data);
+            if (samples == nullptr) {
+                recording.samples.insert(recording.samples.end(), count, 0.0F); // a hole
+            } else {
+                recording.samples.insert(recording.samples.end(), samples, samples + count);
+            }
+            pa_stream_drop(stream);
+        }
+    }
+
+    Connection connection;
+    const Memory memory;
+    pa_stream* stream = nullptr;
+    std::mutex mutex;
+    Recording recording;
+    Clock::time_point last_arrival{};
+};
 
 // --- the server --------------------------------------------------------------------------------
 
@@ -91,7 +152,9 @@ SoundServer::SoundServer(const std::string& folder) : folder_(folder) {
     });
     if (!ready || !daemon_->IsRunning()) {
         problem_ = "pulseaudio did not start: " + daemon_->Errors();
+        return;
     }
+    listener_ = std::make_unique<ServerStream>(*this, Memory::None);
 }
 
 SoundServer::~SoundServer() = default;
@@ -154,64 +217,8 @@ std::size_t Recording::FirstLoud(std::size_t from, float threshold) const {
 
 // --- the recorder ------------------------------------------------------------------------------
 
-struct Recorder::Stream {
-    explicit Stream(const SoundServer& server) : connection(server.Address()) {
-        if (!connection.WaitUntilReady()) return;
-        const Connection::Locked locked(connection);
-        const pa_sample_spec spec{PA_SAMPLE_FLOAT32LE, SoundServer::kRate, 1};
-        stream = pa_stream_new(connection.context_, "ear", &spec, nullptr);
-        pa_stream_set_read_callback(
-            stream, [](pa_stream*, std::size_t, void* data) { static_cast<Stream*>(data)->Take(); },
-            this);
-        pa_buffer_attr attributes{};
-        attributes.maxlength = static_cast<std::uint32_t>(-1);
-        attributes.fragsize = SoundServer::kRate * kFragmentMs / 1000 * sizeof(float);
-        pa_stream_connect_record(stream, (std::string(kSink) + ".monitor").c_str(), &attributes,
-                                 PA_STREAM_ADJUST_LATENCY);
-    }
-    ~Stream() { Disconnect(); }
-    Stream(const Stream&) = delete;
-    Stream& operator=(const Stream&) = delete;
-
-    void Disconnect() {
-        if (stream == nullptr) return;
-        const Connection::Locked locked(connection);
-        pa_stream_set_read_callback(stream, nullptr, nullptr);
-        pa_stream_disconnect(stream);
-        pa_stream_unref(stream);
-        stream = nullptr;
-    }
-    void Take() {
-        const auto now = Clock::now();
-        const std::lock_guard lock(mutex);
-        // What the server renders at once arrives in pieces: the first one has the time.
-        if (now - last_arrival > kSameBlock) {
-            recording.blocks.push_back({recording.samples.size(), now});
-        }
-        last_arrival = now;
-        while (pa_stream_readable_size(stream) > 0) {
-            const void* data = nullptr;
-            std::size_t bytes = 0;
-            if (pa_stream_peek(stream, &data, &bytes) != 0 || bytes == 0) return;
-            const std::size_t count = bytes / sizeof(float);
-            const auto* samples = static_cast<const float*>(data);
-            if (samples == nullptr) {
-                recording.samples.insert(recording.samples.end(), count, 0.0F); // a hole
-            } else {
-                recording.samples.insert(recording.samples.end(), samples, samples + count);
-            }
-            pa_stream_drop(stream);
-        }
-    }
-
-    Connection connection;
-    pa_stream* stream = nullptr;
-    std::mutex mutex;
-    Recording recording;
-    Clock::time_point last_arrival{};
-};
-
-Recorder::Recorder(const SoundServer& server) : stream_(std::make_unique<Stream>(server)) {
+Recorder::Recorder(const SoundServer& server)
+    : stream_(std::make_unique<ServerStream>(server, Memory::All)) {
     WaitUntil([this] { return !SoFar().samples.empty(); });
 }
 

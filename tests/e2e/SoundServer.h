@@ -11,6 +11,8 @@
 
 namespace kelvo::test {
 
+struct ServerStream;
+
 class SoundServer {
 public:
     static constexpr int kRate = 48000;
@@ -33,6 +35,9 @@ private:
     std::string folder_;
     std::string problem_;
     std::unique_ptr<ChildProcess> daemon_;
+    /// Hears and forgets: a loudspeaker without a listener takes its sound by the second, and a
+    /// stream that begins meanwhile waits as long.
+    std::unique_ptr<ServerStream> listener_;
 };
 
 /// What came out of the loudspeaker.
@@ -65,8 +70,7 @@ public:
     Recording Stop();
 
 private:
-    struct Stream;
-    std::unique_ptr<Stream> stream_;
+    std::unique_ptr<ServerStream> stream_;
 };
 
 } // namespace kelvo::test
