@@ -15,28 +15,29 @@ namespace {
 /// Length of a device block at most: what is heard can be told to a block's precision, and a pause
 /// takes effect after one.
 constexpr std::uint32_t kBlocksPerSecond = 100;
+/// The silent driver waits whole milliseconds after each block: with short ones films would run
+/// fast, by a seventh at 22050 samples a second, with these by a fiftieth at most.
+constexpr std::uint32_t kSilentBlocksPerSecond = 40;
 /// Blocks between the taking of one and its being heard: the one that plays and the one that waits.
 constexpr int kBlocksAhead = 2;
 /// A sound server takes a block when the one before begins to play: measured at 8000, 22050 and
 /// 44100 samples a second, within 0.3 ms. The silent driver waits a block after each.
 constexpr int kBlocksAheadOfServer = 1;
-constexpr std::string_view kDriversOneBlockAhead[] = {"pulseaudio", "dummy"};
+constexpr std::string_view kServer = "pulseaudio";
+constexpr std::string_view kSilentDriver = "dummy";
 constexpr std::uint16_t kBitsOfByteSample = 8;
 
-std::uint16_t SamplesPerBlock(std::uint32_t rate) {
+std::uint16_t SamplesPerBlock(std::uint32_t rate, std::string_view driver) {
+    const auto per_second = driver == kSilentDriver ? kSilentBlocksPerSecond : kBlocksPerSecond;
     return static_cast<std::uint16_t>(
-        std::bit_floor(std::clamp<std::uint32_t>(rate / kBlocksPerSecond, 32, 4096)));
+        std::bit_floor(std::clamp<std::uint32_t>(rate / per_second, 32, 4096)));
 }
 
-int BlocksAhead(std::string_view driver) {
-    return std::ranges::find(kDriversOneBlockAhead, driver) != std::end(kDriversOneBlockAhead)
-               ? kBlocksAheadOfServer
-               : kBlocksAhead;
-}
-
-HeardClock::Duration LatencyOf(const WAVEFORMATEX& format, std::string_view driver) {
-    return std::chrono::nanoseconds(std::int64_t{SamplesPerBlock(format.nSamplesPerSec)} *
-                                    BlocksAhead(driver) * 1'000'000'000 / format.nSamplesPerSec);
+HeardClock::Duration LatencyOf(std::uint32_t samples, std::uint32_t rate, std::string_view driver) {
+    const bool is_short = driver == kServer || driver == kSilentDriver;
+    return std::chrono::nanoseconds(std::int64_t{samples} *
+                                    (is_short ? kBlocksAheadOfServer : kBlocksAhead) *
+                                    1'000'000'000 / rate);
 }
 
 } // namespace
@@ -59,7 +60,8 @@ MMRESULT WaveOutDevice::Open() {
     wanted.freq = static_cast<int>(format_.nSamplesPerSec);
     wanted.format = format_.wBitsPerSample == kBitsOfByteSample ? AUDIO_U8 : AUDIO_S16LSB;
     wanted.channels = static_cast<std::uint8_t>(format_.nChannels);
-    wanted.samples = SamplesPerBlock(format_.nSamplesPerSec);
+    const std::string_view driver = SDL_GetCurrentAudioDriver();
+    wanted.samples = SamplesPerBlock(format_.nSamplesPerSec, driver);
     wanted.callback = &WaveOutDevice::Callback;
     wanted.userdata = this;
     device_ = SDL_OpenAudioDevice(nullptr, 0, &wanted, nullptr, 0);
@@ -69,7 +71,7 @@ MMRESULT WaveOutDevice::Open() {
     }
     {
         const std::lock_guard lock(mutex_);
-        clock_.SetLatency(LatencyOf(format_, SDL_GetCurrentAudioDriver()));
+        clock_.SetLatency(LatencyOf(wanted.samples, format_.nSamplesPerSec, driver));
     }
     thread_ = std::thread(&WaveOutDevice::Serve, this);
     SDL_PauseAudioDevice(device_, 0);
