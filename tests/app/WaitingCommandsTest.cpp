@@ -6,14 +6,11 @@
 #include "media/VideoFilekel.h"
 #include "platform/base/clock.h"
 #include "platform/base/message_boxes.h"
-#include "platform/base/resources.h"
 #include "platform/base/threads.h"
-#include "platform/desktop/Desktop.h"
 #include "platform/desktop/messages.h"
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -24,18 +21,6 @@
 
 namespace kelvo {
 namespace {
-
-class StartedFramework : public testing::Environment {
-public:
-    void SetUp() override {
-        setenv("QT_QPA_PLATFORM", "offscreen", 1);
-        setenv("SDL_AUDIODRIVER", "dummy", 1);
-        ASSERT_TRUE(platform::StartDesktop("app tests"));
-        ASSERT_EQ(lum.StartDefaultKernel(GetModuleHandleA(nullptr), nullptr), 3);
-    }
-    void TearDown() override { platform::EndDesktop(); }
-};
-const auto* const kEnvironment = testing::AddGlobalTestEnvironment(new StartedFramework);
 
 constexpr int kWidth = 32;
 constexpr int kHeight = 24;
