@@ -36,7 +36,7 @@ class InStep : public OnStage {};
 class Rates : public OnStage, public testing::WithParamInterface<CodedFilmPlan> {};
 TEST_P(Rates, ImagesComeWithTheirSound) {
     CodedFilmPlan plan = GetParam();
-    plan.seconds = 6;
+    plan.seconds = 5;
     SyncRun run(TheStage(), plan);
     ASSERT_EQ(run.Problem(), "");
     ASSERT_TRUE(run.WaitForEnd()) << run.CurrentImage();
