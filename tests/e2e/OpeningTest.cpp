@@ -179,24 +179,32 @@ TEST_F(Opening, IsHeardAsItDecodes) {
     Recorder recorder(TheStage().Sound());
     Player player(TheStage(), {name});
     ASSERT_TRUE(player.WaitForTitle("Kelvo (No Video) - screen"));
-    constexpr std::size_t kStretch = SoundServer::kRate / 2;
-    constexpr std::size_t kFrom = SoundServer::kRate / 2;
-    double best = 0;
-    const auto heard_alike = [&] {
-        const Recording recording = recorder.SoFar();
-        const std::size_t start = recording.FirstLoud(0, 0.02F);
-        // The loud beginning is found within a quarter second of where the track has its own.
-        for (std::size_t at = start; at + kStretch < recording.samples.size() &&
-                                     at < start + kFrom + SoundServer::kRate / 4;
+    ASSERT_TRUE(WaitUntil(
+        [&] { return recorder.SoFar().samples.size() > SoundServer::kRate * std::size_t{5}; }));
+    const Recording recording = recorder.SoFar();
+    const Recording decoded{.samples = expected, .blocks = {}};
+    constexpr float kLoud = 0.02F;
+    const std::size_t heard_start = recording.FirstLoud(0, kLoud);
+    const std::size_t decoded_start = decoded.FirstLoud(0, kLoud);
+    // A machine under load tears gaps into the sound: the stretches between them are as they were,
+    // only later.
+    constexpr std::size_t kStretch = SoundServer::kRate / 5;
+    constexpr std::size_t kAround = SoundServer::kRate / 12;
+    int alike = 0;
+    std::string all;
+    for (std::size_t stretch = 1; stretch <= 5; ++stretch) {
+        const std::size_t after = stretch * SoundServer::kRate * 3 / 10;
+        double best = 0;
+        for (std::size_t at = heard_start + after - kAround; at < heard_start + after + kAround;
              ++at) {
-            best = std::max(
-                best, Likeness(recording.samples.data() + at, expected.data() + kFrom, kStretch));
+            ASSERT_LT(at + kStretch, recording.samples.size());
+            best = std::max(best, Likeness(recording.samples.data() + at,
+                                           expected.data() + decoded_start + after, kStretch));
         }
-        return best > 0.95;
-    };
-    EXPECT_TRUE(WaitUntil(
-        [&] { return recorder.SoFar().samples.size() > SoundServer::kRate * std::size_t{4}; }));
-    EXPECT_TRUE(heard_alike()) << best;
+        all += " " + std::to_string(best);
+        if (best > 0.95) ++alike;
+    }
+    EXPECT_GE(alike, 2) << all;
 }
 
 } // namespace
