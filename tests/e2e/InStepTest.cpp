@@ -1,6 +1,6 @@
-// Picture and sound agree. The bounds are wide, since nobody knows what else the machine does;
-// measure_sync has the strict ones.
+// Picture and sound agree, at every rate and after every command.
 
+#include "tests/e2e/ExpectInStep.h"
 #include "tests/e2e/StageForTests.h"
 #include "tests/e2e/SyncRun.h"
 
@@ -14,41 +14,10 @@
 namespace kelvo::test {
 namespace {
 
-constexpr double kMedianMs = kSanitized ? 60 : 15;
-constexpr double kNearMs = kSanitized ? 200 : 40;
-constexpr double kShareNear = 0.95;
 constexpr int kCommandPause = 404;
 constexpr int kCommandStop = 403;
 constexpr int kCommandPlay = 405;
 constexpr int kCommandContinuous = 1015;
-
-/// A busy machine tears a single measurement; a wrong clock spoils every one.
-constexpr int kAttempts = 3;
-
-/// What keeps a measurement from being good; empty when nothing does.
-std::string FaultOf(const Agreement& agreement, std::size_t at_least) {
-    std::printf("            %s\n", agreement.Text().c_str());
-    const bool enough = agreement.late_ms.size() >= at_least;
-    const bool in_step =
-        std::fabs(agreement.Median()) <= kMedianMs && agreement.ShareWithin(kNearMs) >= kShareNear;
-    const bool complete = kSanitized || agreement.missed <= static_cast<int>(at_least / 50);
-    if (enough && in_step && complete) return {};
-    return agreement.Text() + agreement.Outside(kNearMs);
-}
-
-/// @param measure  plays a film and compares; gives what went wrong before there was anything to
-///                 compare, or nothing
-void ExpectInStep(std::size_t at_least, const std::function<std::string(Agreement&)>& measure) {
-    std::string fault;
-    for (int attempt = 0; attempt < kAttempts; ++attempt) {
-        Agreement agreement;
-        fault = measure(agreement);
-        if (fault.empty()) fault = FaultOf(agreement, at_least);
-        if (fault.empty()) return;
-        std::printf("            not good enough: %s\n", fault.c_str());
-    }
-    ADD_FAILURE() << "in none of " << kAttempts << " runs; the last one: " << fault;
-}
 
 std::string NotReached(const char* what, const SyncRun& run) {
     return std::string(what) + " was not seen, but image " + std::to_string(run.CurrentImage());
