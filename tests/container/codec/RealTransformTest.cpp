@@ -75,17 +75,14 @@ void CompareWithTheTextbook(const TransformKernels& kernels, std::size_t size) {
 // Up to a size that no table serves any more.
 constexpr std::size_t kLargestTried = 262144;
 
-TEST(RealTransform, GivesTheBitsOfTheTextbookOnAnyProcessor) {
-    for (std::size_t size = 2; size <= kLargestTried; size *= 2) {
-        CompareWithTheTextbook(kPortableKernels, size);
-    }
-}
-
-TEST(RealTransform, GivesTheBitsOfTheTextbookWithAvx2) {
-    const TransformKernels* const kernels = Avx2Kernels();
-    if (kernels == nullptr) GTEST_SKIP() << "this processor has no AVX2";
-    for (std::size_t size = 2; size <= kLargestTried; size *= 2) {
-        CompareWithTheTextbook(*kernels, size);
+// With the kernels of any processor, and with those that only some processors have.
+TEST(RealTransform, GivesTheBitsOfTheTextbookWithEveryKernelOfThisProcessor) {
+    std::vector<const TransformKernels*> all = {&kPortableKernels};
+    if (Avx2Kernels() != nullptr) all.push_back(Avx2Kernels());
+    for (const TransformKernels* const kernels : all) {
+        for (std::size_t size = 2; size <= kLargestTried; size *= 2) {
+            CompareWithTheTextbook(*kernels, size);
+        }
     }
 }
 
