@@ -28,7 +28,7 @@ class InStep : public OnStage {};
 class Rates : public OnStage, public testing::WithParamInterface<CodedFilmPlan> {};
 TEST_P(Rates, ImagesComeWithTheirSound) {
     CodedFilmPlan plan = GetParam();
-    plan.seconds = 6;
+    plan.seconds = 5;
     ExpectInStep(static_cast<std::size_t>(plan.Images()) * 3 / 4, [&](Agreement& agreement) {
         SyncRun run(TheStage(), plan);
         if (!run.Problem().empty()) return run.Problem();
