@@ -3,6 +3,7 @@
 #include "media/VideoHeader.h"
 #include "platform/base/clock.h"
 #include "playback/AudioPlayerkel.h"
+#include "playback/PlaybackTiming.h"
 
 #include <algorithm>
 
@@ -11,10 +12,6 @@ namespace {
 
 /// How often the count of audio frames is looked at.
 constexpr DWORD kCountPollMs = 2;
-/// No sleep is longer, so that a stop is noticed at once.
-constexpr DWORD kLongestSleepMs = 10;
-/// Far enough back that the first image is due at once.
-constexpr DWORD kLongAgoMs = 99999;
 
 } // namespace
 

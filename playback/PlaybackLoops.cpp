@@ -3,6 +3,7 @@
 #include "platform/base/clock.h"
 #include "platform/base/threads.h"
 #include "platform/desktop/drawing.h"
+#include "playback/PlaybackTiming.h"
 #include "playback/VideoPlayerkel.h"
 
 #include <algorithm>
@@ -13,8 +14,6 @@ namespace {
 
 constexpr int kProgressEvery = 10;
 constexpr DWORD kHoldPollMs = 2;
-constexpr DWORD kLongestSleepMs = 10;
-constexpr DWORD kLongAgoMs = 99999;
 
 // Sequential fast forward: its speed rises with the time since its start.
 constexpr double kFirstFactor = 5.0;

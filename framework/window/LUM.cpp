@@ -33,6 +33,18 @@ constexpr std::array<COLORREF, 16> kIndexColours = {
     0x000000, 0xFF0000, 0x008000, 0xFFFF00, 0x0000FF, 0xFF0080, 0x004080, 0xC0C0C0,
     0x808080, 0xFF8000, 0x80FF00, 0xFFFF80, 0x7D7D7D, 0xC080FF, 0x00FFFF, 0xFFFFFF};
 
+/// What every class of the framework has in common.
+WNDCLASSA ClassOf(HINSTANCE instance, LPCSTR class_name, HBRUSH background, UINT class_style) {
+    WNDCLASSA window_class{};
+    window_class.style = class_style;
+    window_class.hInstance = instance;
+    window_class.hbrBackground =
+        background != nullptr ? background
+                              : reinterpret_cast<HBRUSH>(static_cast<INT_PTR>(COLOR_WINDOW + 1));
+    window_class.lpszClassName = class_name;
+    return window_class;
+}
+
 void PumpForLongWork() {
     lum.ProcessMessages();
 }
@@ -97,18 +109,12 @@ ATOM LUM::RegisterNewClass(HINSTANCE instance, LPCSTR menu_name, LPCSTR class_na
         MessageBoxA(nullptr, kNamelessClass, nullptr, MB_OK);
         return 0;
     }
-    WNDCLASSA window_class{};
-    window_class.style = class_style;
+    WNDCLASSA window_class = ClassOf(instance, class_name, background, class_style);
     window_class.lpfnWndProc = CWinWndProc;
     window_class.cbWndExtra = kWindowExtraBytes;
-    window_class.hInstance = instance;
     window_class.hIcon = icon != nullptr ? icon : LoadIconA(nullptr, IDI_APPLICATION);
     window_class.hCursor = cursor != nullptr ? cursor : LoadCursorA(nullptr, IDC_ARROW);
-    window_class.hbrBackground =
-        background != nullptr ? background
-                              : reinterpret_cast<HBRUSH>(static_cast<INT_PTR>(COLOR_WINDOW + 1));
     window_class.lpszMenuName = menu_name;
-    window_class.lpszClassName = class_name;
     return RegisterClassA(&window_class);
 }
 
@@ -118,13 +124,9 @@ ATOM LUM::RegisterNewDialogClass(HINSTANCE instance, LPCSTR /*menu_name*/, LPCST
         MessageBoxA(nullptr, kNamelessDialogClass, nullptr, MB_OK);
         return 0;
     }
-    WNDCLASSA window_class{};
-    window_class.style = class_style;
+    WNDCLASSA window_class = ClassOf(instance, class_name, background, class_style);
     window_class.lpfnWndProc = CDialogWndProc;
     window_class.cbWndExtra = kDialogExtraBytes;
-    window_class.hInstance = instance;
-    window_class.hbrBackground = background;
-    window_class.lpszClassName = class_name;
     return RegisterClassA(&window_class);
 }
 
