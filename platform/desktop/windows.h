@@ -124,6 +124,12 @@ inline constexpr int SW_SHOW = 5;
 /// @return whether the window was visible before.
 BOOL ShowWindow(HWND window, int command);
 
+/// Lets the window have input, or not: its mouse messages then go to its parent, and nothing at all
+/// reaches what lies in a top-level window without. WM_ENABLE is sent when that changes.
+/// @return whether it was disabled before.
+BOOL EnableWindow(HWND window, BOOL enable);
+BOOL IsWindowEnabled(HWND window); ///< any thread
+
 BOOL IsWindow(HWND window); ///< any thread
 /// Whether the window and all its parents have WS_VISIBLE. Any thread.
 BOOL IsWindowVisible(HWND window);
@@ -153,6 +159,10 @@ int GetWindowTextA(HWND window, LPSTR text, int capacity);
 inline constexpr int GWLP_WNDPROC = -4;
 inline constexpr int GWL_STYLE = -16;
 inline constexpr int GWL_EXSTYLE = -20;
+
+/// The name that the window's class was registered with. @return its length, 0 on failure; cut to
+/// what fits.
+int GetClassNameA(HWND window, LPSTR name, int capacity);
 
 /// Reads the pointer-sized value at an offset of the window's extra bytes (any offset, misaligned
 /// ones too), or one of the GWL values. @return 0 also for an offset outside of the extra bytes.
