@@ -8,9 +8,11 @@
 #include "framework/base/CObjArray.h"
 #include "framework/base/CString.h"
 #include "framework/window/CWin.h"
-#include "framework/window/dialogs/COwnerDrawButtonArray.h"
+#include "framework/window/dialogs/COwnerDrawButton.h"
 #include "framework/window/dialogs/ContextHelp.h"
-#include "framework/window/dialogs/InPlaceEditor.h"
+#include "framework/window/dialogs/InPlaceEditing.h"
+#include "framework/window/dialogs/StaticBitmaps.h"
+#include "framework/window/dialogs/ToolTipTracking.h"
 
 #include <cstdint>
 #include <optional>
@@ -36,14 +38,7 @@ public:
         CString* target = nullptr;
     };
 
-    /// A bitmap that is drawn into an owner-drawn static control.
-    struct staticctrlbitmap {
-        HBITMAP bitmap = nullptr;
-        std::uint32_t flags = 0; ///< of the drawing into a rectangle
-        int id = 0;
-        bool owns_bitmap = false;
-        COLORREF replacement = 0; ///< in place of the bitmap's background
-    };
+    using staticctrlbitmap = StaticControlBitmap;
 
     explicit CDialog(std::uint32_t class_id = kClassId);
     ~CDialog() override;
@@ -152,6 +147,11 @@ public:
 
     /// The text that is shown when the mouse rests on the control, and by the help key.
     void SetControlHelp(int id, LPCSTR text);
+    /// Lets the mouse show what it points at, until a button or modifier key goes down.
+    void BeginToolTips();
+    /// A double click on the list's item or the label then edits its text where it stands.
+    void MakeItemsEditable(int id) { list_editing_.MakeEditable(id); }
+    void MakeLabelEditable(int id) { label_editing_.MakeEditable(id); }
 
     // Owner-drawn buttons and pictures (CDialogBitmaps.cpp). Empty names leave a bitmap out; the
     // control is an owner-drawn one in the template.
@@ -184,13 +184,9 @@ private:
     bool MayCreate();
     const void* LoadTemplate() const;
     bool OfferToHelpers(UINT message, WPARAM wparam, LPARAM lparam);
-    bool TrackToolTip(WPARAM wparam, LPARAM lparam);
-    void StopToolTip();
-    HWND ControlWithHelpUnder(POINT screen_point) const;
     std::optional<bool> NotifyOfControl(WPARAM wparam, LPARAM lparam);
     bool ColourControl(HDC context, HWND control);
     bool OnDrawItem(LPARAM lparam);
-    bool DrawStaticBitmap(LPARAM lparam);
     bool ApplyColourScheme(UINT message, WPARAM wparam, LPARAM lparam);
     void MakeSchemeBrushes();
     void DeleteSchemeBrushes();
@@ -199,7 +195,6 @@ private:
     void RepaintControl(int id) const;
     void LoopUntilEnd(CWin* owner);
     void HandleModalMessage(MSG& message, const CWin* owner, const std::vector<HWND>& owner_side);
-    void DeleteStaticBitmaps();
     void FocusBack() const;
 
     COwnerDrawButtonArray owner_draw_buttons_;
@@ -221,11 +216,10 @@ private:
     std::uint32_t options_ = 0;
     CArray<RTFEditInfoStruct> rich_texts_;
     CArray<staticctrlbitmap> static_bitmaps_;
-    bool tracks_tool_tip_ = false;
-    HWND tool_tip_control_ = nullptr;
-    ContextHelp context_help_{*this};
-    InPlaceEditor first_editor_{*this};
-    InPlaceEditor second_editor_{*this};
+    ContextHelp context_help_;
+    ToolTipTracking tool_tips_{context_help_};
+    InPlaceEditing list_editing_{EditsInPlace::ListItems};
+    InPlaceEditing label_editing_{EditsInPlace::Labels};
 };
 
 } // namespace kelvo

@@ -3,6 +3,7 @@
 // default button, keys), and the calls that reach a control by its number. Controls stand in
 // controls.h. Desktop's thread only.
 
+#include "platform/desktop/controls.h"
 #include "platform/desktop/messages.h"
 #include "platform/desktop/windows.h"
 
@@ -10,31 +11,14 @@
 using DLGPROC = INT_PTR (*)(HWND dialog, UINT message, WPARAM wparam, LPARAM lparam);
 
 inline constexpr UINT WM_NEXTDLGCTL = 0x0028;
-inline constexpr UINT WM_GETDLGCODE = 0x0087;
 /// wParam: the control that will get the focus; lParam: the last argument of the creating call.
 inline constexpr UINT WM_INITDIALOG = 0x0110;
-inline constexpr UINT WM_CTLCOLORDLG = 0x0136;
 
 inline constexpr UINT DM_GETDEFID = WM_USER + 0;
 inline constexpr UINT DM_SETDEFID = WM_USER + 1;
 inline constexpr WORD DC_HASDEFID = 0x534B;
 
-/// What a control answers to WM_GETDLGCODE, joined by |.
-inline constexpr LRESULT DLGC_WANTARROWS = 0x0001;
-inline constexpr LRESULT DLGC_WANTTAB = 0x0002;
-inline constexpr LRESULT DLGC_WANTALLKEYS = 0x0004;
-inline constexpr LRESULT DLGC_WANTMESSAGE = DLGC_WANTALLKEYS;
-inline constexpr LRESULT DLGC_HASSETSEL = 0x0008;
-inline constexpr LRESULT DLGC_DEFPUSHBUTTON = 0x0010;
-inline constexpr LRESULT DLGC_UNDEFPUSHBUTTON = 0x0020;
-inline constexpr LRESULT DLGC_RADIOBUTTON = 0x0040;
-inline constexpr LRESULT DLGC_WANTCHARS = 0x0080;
-inline constexpr LRESULT DLGC_STATIC = 0x0100;
-inline constexpr LRESULT DLGC_BUTTON = 0x2000;
-
-inline constexpr DWORD WS_GROUP = 0x00020000;   ///< of a control: begins a group
-inline constexpr DWORD WS_TABSTOP = 0x00010000; ///< of a control: Tab stops at it
-inline constexpr DWORD WS_EX_CONTROLPARENT = 0x00010000;
+inline constexpr DWORD WS_EX_CONTROLPARENT = 0x00010000; ///< Tab goes through its children
 
 inline constexpr DWORD DS_ABSALIGN = 0x0001;     ///< the place is on the screen
 inline constexpr DWORD DS_NOFAILCREATE = 0x0010; ///< without the controls that cannot be made

@@ -1,37 +1,55 @@
 #pragma once
-// The help texts of a dialog's controls and the tool tip that shows one of them. When a tip is
-// shown and hidden is decided by the dialog.
+// The help texts of a dialog's controls and the yellow tip that shows them: for the control that
+// has the keyboard on F1, for the one under the pointer once the pointer rests there, and for
+// whatever the tracking of tool tips points at. One object a dialog; UI thread only.
 
 #include "framework/base/CString.h"
 #include "platform/base/types.h"
 
 #include <map>
+#include <memory>
+
+struct MSG;
 
 namespace kelvo {
 
-class CDialog;
+class HelpTip;
 
 class ContextHelp {
 public:
-    explicit ContextHelp(CDialog& dialog) : dialog_(dialog) {}
-    ~ContextHelp();
+    ContextHelp();
     ContextHelp(const ContextHelp&) = delete;
     ContextHelp& operator=(const ContextHelp&) = delete;
+    ~ContextHelp();
 
-    /// Gives a control its text; a null or empty one takes it away.
-    void SetText(int id, LPCSTR text);
-    bool HasText(HWND control) const;
-    /// Offers a message of the dialog. @return true when it was consumed
-    bool Offer(UINT message, WPARAM wparam, LPARAM lparam);
-    /// Shows the control's text with its top left corner at a point of the screen.
-    void ShowTip(HWND control, POINT screen_point);
+    /// Gives a control a help text; an empty one takes it away.
+    void Register(int control_id, const CString& text);
+    bool HasTexts() const { return !texts_.empty(); }
+    /// Whether the window is a control with a help text.
+    bool Explains(HWND control) const;
+
+    /// Offers a message of the dialog. WM_HELP shows the tip of the control that it names;
+    /// WM_COMMAND with both parameters 0 hides a tip; any other command and the window's end hide
+    /// it, too, but go on.
+    /// @return whether the message was consumed
+    bool Offer(HWND dialog, UINT message, WPARAM wparam, LPARAM lparam);
+
+    bool ShowsTip() const;
+    /// Shows the control's text with its corner at a point of the screen, moved only as far as the
+    /// screen's edges ask for; a control without a text shows nothing.
+    void ShowTip(HWND control, POINT corner);
     void HideTip();
-    bool IsTipShowing() const;
 
 private:
-    CDialog& dialog_;
-    std::map<int, CString> texts_;
-    HWND tip_ = nullptr;
+    void OnRestTimer(HWND dialog);
+    bool OnHelpKey(HWND dialog, LPARAM help);
+
+    std::map<int, CString> texts_; ///< by control id
+    std::unique_ptr<HelpTip> tip_; ///< made when the first tip is shown
+    HWND explained_ = nullptr;     ///< the control of the tip that rest has shown
+    HWND resting_ = nullptr;       ///< the control under the pointer at the last tick
+    POINT rest_point_{};
+    int rest_ticks_ = 0;
 };
 
 } // namespace kelvo
