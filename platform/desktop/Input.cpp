@@ -3,17 +3,21 @@
 #include "platform/desktop/Keys.h"
 #include "platform/desktop/MessageQueue.h"
 #include "platform/desktop/NextMessage.h"
+#include "platform/desktop/UiLoop.h"
 #include "platform/desktop/Window.h"
+#include "platform/desktop/WindowFrames.h"
 #include "platform/desktop/WindowPlacement.h"
 #include "platform/desktop/WindowTable.h"
 #include "platform/desktop/WindowViews.h"
 #include "platform/desktop/messages.h"
 #include "platform/desktop/windows.h"
 
+#include <QCoreApplication>
 #include <QCursor>
 #include <QInputMethodEvent>
 #include <QKeyEvent>
 #include <QMouseEvent>
+#include <QWheelEvent>
 
 #include <cmath>
 #include <map>
@@ -83,17 +87,51 @@ HWND TargetOf(const QMouseEvent& event, const QWidget& widget, HWND window) {
     if (widget.rect().contains(event.position().toPoint())) return window;
     const FrameWidget* frame = FrameOf(window);
     if (frame == nullptr) return nullptr;
-    const QWidget* below = frame->childAt(frame->mapFromGlobal(event.globalPosition().toPoint()));
-    for (const HWND candidate : LockedWindows().All()) {
-        if (below != nullptr && WidgetOf(candidate) == below) return candidate;
+    return WindowOf(frame->childAt(frame->mapFromGlobal(event.globalPosition().toPoint())));
+}
+
+/// Whom input for the window reaches: a disabled child leaves it to its parent, and nothing gets
+/// into a top-level window that is disabled.
+HWND EnabledTarget(HWND window) {
+    LockedWindows windows;
+    HWND target = window;
+    for (const WindowData* data = windows.Find(window); data != nullptr;
+         data = windows.Find(data->parent)) {
+        const bool disabled = (data->style & WS_DISABLED) != 0;
+        if (data->kind != WindowKind::Child) return disabled ? nullptr : target;
+        if (disabled) target = data->parent;
     }
     return nullptr;
+}
+
+/// Of the message that a press outside of the client area sends.
+void QueueFramePress(const QMouseEvent& event, const FrameHit& hit) {
+    const UINT down = ButtonMessage(event.button(), QEvent::MouseButtonPress, false);
+    if (down == WM_NULL) return;
+    const QPoint on_screen = event.globalPosition().toPoint();
+    MSG message{};
+    message.hwnd = hit.window;
+    message.message = down - WM_LBUTTONDOWN + WM_NCLBUTTONDOWN;
+    message.wParam = hit.part;
+    message.lParam = Pack(on_screen);
+    message.pt = {on_screen.x(), on_screen.y()};
+    MessageQueue::OfThisThread()->AddInput(message, std::unique_ptr<QEvent>(event.clone()));
+}
+
+bool IsPress(const QEvent& event) {
+    return event.type() == QEvent::MouseButtonPress || event.type() == QEvent::MouseButtonDblClick;
 }
 
 void QueueMouse(const QMouseEvent& event, const QWidget& widget, HWND window) {
     const HWND target = TargetOf(event, widget, window);
     const QWidget* const target_widget = WidgetOf(target);
     if (target_widget == nullptr) return;
+    if (capture_window == nullptr && IsPress(event)) {
+        if (const auto hit = FrameHitAt(target, event.globalPosition().toPoint())) {
+            QueueFramePress(event, *hit);
+            return;
+        }
+    }
     const bool moves = event.type() == QEvent::MouseMove;
     MSG message{};
     message.hwnd = target;
@@ -104,6 +142,23 @@ void QueueMouse(const QMouseEvent& event, const QWidget& widget, HWND window) {
     const POINT position = ToPoint(event.globalPosition());
     message.wParam = HeldDown(event);
     message.lParam = Pack(target_widget->mapFromGlobal(QPoint(position.x, position.y)));
+    message.pt = position;
+    MessageQueue::OfThisThread()->AddInput(message, std::unique_ptr<QEvent>(event.clone()));
+}
+
+void QueueWheel(const QWheelEvent& event, HWND window) {
+    const HWND target = EnabledTarget(capture_window != nullptr ? capture_window : window);
+    const int turned = event.angleDelta().y();
+    if (target == nullptr || turned == 0) return;
+    WPARAM held = 0;
+    if (event.modifiers().testFlag(Qt::ShiftModifier)) held |= MK_SHIFT;
+    if (event.modifiers().testFlag(Qt::ControlModifier)) held |= MK_CONTROL;
+    MSG message{};
+    message.hwnd = target;
+    message.message = WM_MOUSEWHEEL;
+    message.wParam = MAKEWPARAM(held, static_cast<DWORD_PTR>(static_cast<UINT>(turned)));
+    const POINT position = ToPoint(event.globalPosition());
+    message.lParam = Pack(QPoint(position.x, position.y));
     message.pt = position;
     MessageQueue::OfThisThread()->AddInput(message, std::unique_ptr<QEvent>(event.clone()));
 }
@@ -121,6 +176,7 @@ void QueueKey(const QKeyEvent& event, HWND window) {
     const bool with_alt = event.modifiers().testFlag(Qt::AltModifier);
     MSG message{};
     message.hwnd = KeyTarget(window);
+    if (EnabledTarget(message.hwnd) != message.hwnd) return;
     message.message =
         released ? (with_alt ? WM_SYSKEYUP : WM_KEYUP) : (with_alt ? WM_SYSKEYDOWN : WM_KEYDOWN);
     message.wParam = key;
@@ -157,12 +213,38 @@ void OnActivation(HWND window, bool active) {
         if (focus_window != nullptr && FrameOf(focus_window) == view->frame) ChangeFocus(nullptr);
         return;
     }
-    const QWidget* const focus_widget = view->frame->focusWidget();
-    HWND target = window;
-    for (const HWND candidate : LockedWindows().All()) {
-        if (focus_widget != nullptr && WidgetOf(candidate) == focus_widget) target = candidate;
+    const HWND focused = WindowOf(view->frame->focusWidget());
+    ChangeFocus(focused != nullptr ? focused : window);
+}
+
+/// The toolkit itself has moved the focus to a control: an assistive program asked for it, or what
+/// had it was hidden.
+void OnFocusIn(HWND window) {
+    {
+        LockedWindows windows;
+        const WindowData* data = windows.Find(window);
+        if (data == nullptr || data->dying) return;
     }
-    ChangeFocus(target);
+    ChangeFocus(window);
+}
+
+/// What GiveToWidget is handing over; null: nothing.
+const QEvent* event_given = nullptr;
+
+bool IsInput(QEvent::Type type) {
+    switch (type) {
+    case QEvent::MouseMove:
+    case QEvent::MouseButtonPress:
+    case QEvent::MouseButtonRelease:
+    case QEvent::MouseButtonDblClick:
+    case QEvent::Wheel:
+    case QEvent::KeyPress:
+    case QEvent::KeyRelease:
+    case QEvent::InputMethod:
+        return true;
+    default:
+        return false;
+    }
 }
 
 class InputFilter final : public QObject {
@@ -171,18 +253,53 @@ public:
         windows_[widget] = window;
         widget->installEventFilter(this);
     }
+    void WatchMenuBar(QWidget* bar, HWND window) {
+        menu_bars_[bar] = window;
+        bar->installEventFilter(this);
+    }
     void Forget(HWND window) {
-        std::erase_if(windows_, [&](const auto& entry) { return entry.second == window; });
+        const auto is_of_window = [&](const auto& entry) { return entry.second == window; };
+        std::erase_if(windows_, is_of_window);
+        std::erase_if(menu_bars_, is_of_window);
     }
 
 protected:
     bool eventFilter(QObject* object, QEvent* event) override {
+        if (IsInput(event->type()) && event_given != nullptr) {
+            if (event == event_given) return false;
+            // What the receiver leaves is handed on by the toolkit as a copy.
+            if (!event->spontaneous()) return true;
+        }
+        if (const auto inside = controls_.find(object); inside != controls_.end()) {
+            return HandleControl(*static_cast<QWidget*>(object), inside->second, *event);
+        }
         const auto found = windows_.find(object);
-        if (found == windows_.end()) return QObject::eventFilter(object, event);
+        if (found == windows_.end()) {
+            const auto bar = menu_bars_.find(object);
+            if (bar != menu_bars_.end() && IsPress(*event)) {
+                QueueFramePress(static_cast<QMouseEvent&>(*event), {bar->second, HTMENU});
+            }
+            return QObject::eventFilter(object, event);
+        }
         return Handle(*static_cast<QWidget*>(object), found->second, *event);
     }
 
 private:
+    bool HandleControl(QWidget& widget, HWND window, QEvent& event) {
+        switch (event.type()) {
+        case QEvent::ChildPolished:
+            if (QObject* child = static_cast<QChildEvent&>(event).child(); child->isWidgetType()) {
+                WatchAll(static_cast<QWidget*>(child), window);
+            }
+            return false;
+        case QEvent::FocusIn:
+            OnFocusIn(window);
+            return false;
+        default:
+            return IsInput(event.type()) && Handle(widget, window, event);
+        }
+    }
+
     /// @return whether the widget shall not see the event.
     static bool Handle(QWidget& widget, HWND window, QEvent& event) {
         switch (event.type()) {
@@ -191,6 +308,10 @@ private:
         case QEvent::MouseButtonRelease:
         case QEvent::MouseButtonDblClick:
             QueueMouse(static_cast<QMouseEvent&>(event), widget, window);
+            event.accept();
+            return true;
+        case QEvent::Wheel:
+            QueueWheel(static_cast<QWheelEvent&>(event), window);
             event.accept();
             return true;
         case QEvent::KeyPress:
@@ -237,6 +358,8 @@ private:
     }
 
     std::map<const QObject*, HWND> windows_;
+    std::map<const QObject*, HWND> controls_; ///< widgets in the client area of a control
+    std::map<const QObject*, HWND> menu_bars_; ///< they keep their events
 };
 
 InputFilter& Filter() {
@@ -248,6 +371,24 @@ InputFilter& Filter() {
 
 void WatchWidget(QWidget* widget, HWND window) {
     Filter().Watch(widget, window);
+}
+
+void WatchMenuBar(QWidget* bar, HWND window) {
+    Filter().WatchMenuBar(bar, window);
+}
+
+void WatchControl(QWidget* widget, HWND window) {
+    Filter().WatchAll(widget, window);
+}
+
+HWND WindowOf(const QWidget* widget) {
+    return Filter().WindowOf(widget);
+}
+
+void GiveToWidget(QWidget& receiver, QEvent& event) {
+    const QEvent* const before = std::exchange(event_given, &event);
+    QCoreApplication::sendEvent(&receiver, &event);
+    event_given = before;
 }
 
 void ForgetInput(HWND window) {
@@ -265,6 +406,15 @@ void PostComposedText(HWND window) {
 }
 
 } // namespace kelvo::desktop
+
+BOOL GetCursorPos(POINT* point) {
+    if (point == nullptr) return FALSE;
+    return static_cast<BOOL>(RunOnUiThread([point]() -> LRESULT {
+        const QPoint position = QCursor::pos();
+        *point = {position.x(), position.y()};
+        return TRUE;
+    }));
+}
 
 HWND SetCapture(HWND window) {
     if (!OnUiThread() || ViewOf(window) == nullptr) return nullptr;

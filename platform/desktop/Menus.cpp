@@ -1,6 +1,7 @@
 #include "platform/desktop/menus.h"
 
 #include "platform/base/resources.h"
+#include "platform/desktop/Input.h"
 #include "platform/desktop/MenuTable.h"
 #include "platform/desktop/Window.h"
 #include "platform/desktop/WindowPlacement.h"
@@ -269,6 +270,7 @@ BOOL SetMenu(HWND window, HMENU menu) {
     view->menu = menu;
     if (shown != nullptr) shown->ShowOn(window);
     view->frame->ShowMenuBar(shown != nullptr);
+    if (shown != nullptr) WatchMenuBar(&view->frame->MenuBar(), window);
     {
         LockedWindows windows;
         windows.Find(window)->has_menu = shown != nullptr;

@@ -7,6 +7,7 @@
 #include "platform/desktop/Surface.h"
 #include "platform/desktop/UiLoop.h"
 #include "platform/desktop/Window.h"
+#include "platform/desktop/WindowFrames.h"
 #include "platform/desktop/WindowTable.h"
 #include "platform/desktop/WindowTitle.h"
 #include "platform/desktop/WindowViews.h"
@@ -103,6 +104,9 @@ LRESULT DefWindowProcA(HWND window, UINT message, WPARAM wparam, LPARAM lparam) 
         return CopyText(window, wparam, reinterpret_cast<LPSTR>(lparam));
     case WM_GETTEXTLENGTH:
         return static_cast<LRESULT>(TextOf(window).size());
+    case WM_NCLBUTTONDOWN:
+        SizeByMouse(window, wparam);
+        return 0;
     case WM_IME_COMPOSITION:
         PostComposedText(window);
         return 0;

@@ -1,5 +1,6 @@
 // Windows from their creation to their destruction.
 
+#include "platform/desktop/WindowLife.h"
 #include "platform/base/resources.h"
 #include "platform/desktop/Icons.h"
 #include "platform/desktop/Input.h"
@@ -37,6 +38,7 @@ constexpr std::chrono::milliseconds kTakeOverPoll{1};
 struct Creation {
     std::shared_ptr<const WindowClass> window_class;
     WindowKind kind = WindowKind::TopLevel;
+    FrameRole role = FrameRole::Window;
     bool placed_by_desktop = false;
     CREATESTRUCTA asked{};
 };
@@ -57,9 +59,12 @@ void FillInDefaults(Creation& creation) {
     asked.cy = std::clamp(asked.cy, 0, 8192);
 }
 
-Qt::WindowFlags FlagsFor(DWORD style, DWORD extended_style) {
-    Qt::WindowFlags flags = Qt::Window;
-    if ((style & WS_CAPTION) == WS_CAPTION) {
+Qt::WindowFlags FlagsFor(DWORD style, DWORD extended_style, FrameRole role) {
+    Qt::WindowFlags flags = role == FrameRole::Dialog ? Qt::Dialog : Qt::Window;
+    const bool has_caption = (style & WS_CAPTION) == WS_CAPTION;
+    // Left alone by the window manager: in its exact place at once, and never active.
+    if (!has_caption && (extended_style & WS_EX_TOOLWINDOW) != 0) flags = Qt::ToolTip;
+    if (has_caption) {
         flags |= Qt::CustomizeWindowHint | Qt::WindowTitleHint;
         if ((style & WS_SYSMENU) != 0)
             flags |= Qt::WindowSystemMenuHint | Qt::WindowCloseButtonHint;
@@ -91,6 +96,9 @@ HWND AddToTable(const Creation& creation) {
     data->window_class = creation.window_class;
     data->queue = MessageQueue::OfThisThread();
     data->parent = asked.hwndParent;
+    if (creation.kind == WindowKind::Child) {
+        data->id = static_cast<int>(reinterpret_cast<INT_PTR>(asked.hMenu));
+    }
     data->procedure = creation.window_class->values.lpfnWndProc;
     // Shown only at the end, so no paint message comes before WM_CREATE.
     data->style = static_cast<DWORD>(asked.style) & ~WS_VISIBLE;
@@ -103,7 +111,10 @@ HWND AddToTable(const Creation& creation) {
 
 void MakeFrame(HWND window, WindowView& view, const Creation& creation) {
     const auto style = static_cast<DWORD>(creation.asked.style);
-    view.frame = new FrameWidget(FlagsFor(style, creation.asked.dwExStyle));
+    view.frame = new FrameWidget(FlagsFor(style, creation.asked.dwExStyle, creation.role));
+    if ((style & WS_CAPTION) != WS_CAPTION) {
+        view.frame->SetBorder(FrameMarginsOf(style, false).left);
+    }
     view.client = new ClientWidget(view.surface, view.frame);
     view.client->show(); // as soon as the frame is
     view.frame->SetClient(view.client);
@@ -114,6 +125,11 @@ void MakeFrame(HWND window, WindowView& view, const Creation& creation) {
         view.frame->windowHandle()->setTransientParent(owner->windowHandle());
     }
     WatchWidget(view.frame, window);
+}
+
+ChildFrame FrameOfChild(const CREATESTRUCTA& asked) {
+    if ((static_cast<DWORD>(asked.style) & WS_THICKFRAME) != 0) return ChildFrame::Sizing;
+    return (asked.dwExStyle & WS_EX_STATICEDGE) != 0 ? ChildFrame::StaticEdge : ChildFrame::None;
 }
 
 void MakeWidgets(HWND window, const Creation& creation) {
@@ -131,7 +147,7 @@ void MakeWidgets(HWND window, const Creation& creation) {
         MakeFrame(window, view, creation);
     } else {
         view.client = new ClientWidget(view.surface, WidgetOf(creation.asked.hwndParent));
-        view.client->SetStaticEdge((creation.asked.dwExStyle & WS_EX_STATICEDGE) != 0);
+        view.client->SetChildFrame(FrameOfChild(creation.asked));
         view.client->raise();
     }
     view.client->setCursor(CursorBehind(creation.window_class->values.hCursor));
@@ -167,8 +183,9 @@ std::optional<Creation> Prepare(LPCSTR class_name, DWORD style, HWND parent) {
     const WindowData* above = windows.Find(parent);
     if (parent != nullptr && (above == nullptr || above->dying)) return std::nullopt;
     if ((style & WS_CHILD) != 0) {
-        creation.kind = WindowKind::Child;
-        if (above == nullptr || above->kind == WindowKind::Desktop) return std::nullopt;
+        if (above == nullptr) return std::nullopt;
+        // The desktop's children are top-level windows.
+        if (above->kind != WindowKind::Desktop) creation.kind = WindowKind::Child;
     }
     return creation;
 }
@@ -202,16 +219,17 @@ void Bury(HWND window) {
 
 } // namespace
 
-HWND CreateWindowExA(DWORD extended_style, LPCSTR class_name, LPCSTR title, DWORD style, int x,
-                     int y, int width, int height, HWND parent, HMENU menu, HINSTANCE instance,
-                     LPVOID parameter) {
+namespace kelvo::desktop {
+
+HWND CreateWindowInRole(const CREATESTRUCTA& asked, FrameRole role) {
     if (!OnUiThread()) return nullptr;
-    auto creation = Prepare(class_name, style, parent);
+    auto style = static_cast<DWORD>(asked.style);
+    auto creation = Prepare(asked.lpszClass, style, asked.hwndParent);
     if (!creation) return nullptr;
     if ((style & (WS_CHILD | WS_POPUP)) == 0) style |= WS_CAPTION;
-    creation->asked = {
-        parameter, instance,   menu,          parent, height, width, y, x, static_cast<LONG>(style),
-        title,     class_name, extended_style};
+    creation->role = role;
+    creation->asked = asked;
+    creation->asked.style = static_cast<LONG>(style);
     FillInDefaults(*creation);
     const HWND window = AddToTable(*creation);
     MakeWidgets(window, *creation);
@@ -225,6 +243,16 @@ HWND CreateWindowExA(DWORD extended_style, LPCSTR class_name, LPCSTR title, DWOR
     SendMove(window);
     if ((style & WS_VISIBLE) != 0) ::ShowWindow(window, SW_SHOWNORMAL);
     return ::IsWindow(window) != FALSE ? window : nullptr;
+}
+
+} // namespace kelvo::desktop
+
+HWND CreateWindowExA(DWORD extended_style, LPCSTR class_name, LPCSTR title, DWORD style, int x,
+                     int y, int width, int height, HWND parent, HMENU menu, HINSTANCE instance,
+                     LPVOID parameter) {
+    return CreateWindowInRole({parameter, instance, menu, parent, height, width, y, x,
+                               static_cast<LONG>(style), title, class_name, extended_style},
+                              FrameRole::Window);
 }
 
 BOOL DestroyWindow(HWND window) {

@@ -53,13 +53,19 @@ void InvalidateForSize(HWND window, SIZE before, SIZE now) {
 struct Placement {
     RECT rect{};
     SIZE client{};
+    QPoint client_offset; ///< from the corner of rect to the client area
 };
+
+Placement PlacementFrom(const WindowData& data) {
+    const FrameMargins margins = data.Margins();
+    return {data.rect, data.ClientSize(), QPoint(margins.left, margins.top)};
+}
 
 std::optional<Placement> PlacementOf(HWND window) {
     LockedWindows windows;
     const WindowData* data = windows.Find(window);
     if (data == nullptr || data->kind == WindowKind::Desktop) return std::nullopt;
-    return Placement{data->rect, data->ClientSize()};
+    return PlacementFrom(*data);
 }
 
 RECT NewRect(const RECT& old, int x, int y, int width, int height, UINT flags) {
@@ -95,14 +101,20 @@ void SetTopmost(HWND window, bool topmost) {
 
 bool Restack(HWND window, HWND after) {
     const WindowView* view = ViewOf(window);
-    if (after == HWND_TOPMOST || after == HWND_NOTOPMOST) {
-        SetTopmost(window, after == HWND_TOPMOST);
-        return true;
-    }
     QWidget* const outermost =
         view->frame ? static_cast<QWidget*>(view->frame.data()) : view->client.data();
+    if (after == HWND_TOPMOST || after == HWND_NOTOPMOST) {
+        SetTopmost(window, after == HWND_TOPMOST);
+        // No window manager puts a tool window above the others.
+        if (after == HWND_TOPMOST && outermost->windowType() == Qt::ToolTip) outermost->raise();
+        return true;
+    }
     if (after == HWND_TOP) {
         outermost->raise();
+        return true;
+    }
+    if (after == HWND_BOTTOM) {
+        outermost->lower();
         return true;
     }
     QWidget* const sibling = WidgetOf(after);
@@ -122,13 +134,14 @@ BOOL SetWindowPosOnUiThread(HWND window, HWND after, const RECT& wanted, UINT fl
         LockedWindows windows;
         WindowData* data = windows.Find(window);
         data->rect = wanted;
-        now = {data->rect, data->ClientSize()};
+        now = PlacementFrom(*data);
     }
     PlaceWidgets(window);
     if (!Equal(before->client, now.client)) InvalidateForSize(window, before->client, now.client);
     const bool moved = before->rect.left != now.rect.left || before->rect.top != now.rect.top;
     if (moved) SendMove(window);
     if (!Equal(before->client, now.client)) SendSize(window);
+    if ((flags & SWP_SHOWWINDOW) != 0) ::ShowWindow(window, SW_SHOW);
     return TRUE;
 }
 
@@ -142,7 +155,7 @@ void PlaceWidgets(HWND window) {
     view->surface->Resize(client);
     const QPoint corner(placement->rect.left, placement->rect.top);
     if (!view->frame) {
-        view->client->Place(QRect(corner, client));
+        view->client->Place(QRect(corner + placement->client_offset, client));
         return;
     }
     if (view->frame->pos() != corner) view->frame->move(corner);
@@ -211,8 +224,10 @@ void SendMove(HWND window) {
         LockedWindows windows;
         const WindowData* data = windows.Find(window);
         if (data == nullptr) return;
-        corner = data->kind == WindowKind::Child ? POINT{data->rect.left, data->rect.top}
-                                                 : data->client_origin;
+        const FrameMargins margins = data->Margins();
+        corner = data->kind == WindowKind::Child
+                     ? POINT{data->rect.left + margins.left, data->rect.top + margins.top}
+                     : data->client_origin;
     }
     CallWindow(window, WM_MOVE, 0,
                MAKELPARAM(static_cast<DWORD_PTR>(corner.x), static_cast<DWORD_PTR>(corner.y)));
@@ -239,6 +254,12 @@ BOOL SetWindowPos(HWND window, HWND after, int x, int y, int width, int height, 
                                       flags);
     };
     return static_cast<BOOL>(RunOnUiThread(call));
+}
+
+BOOL MoveWindow(HWND window, int x, int y, int width, int height, BOOL repaint) {
+    if (::SetWindowPos(window, nullptr, x, y, width, height, SWP_NOZORDER) == FALSE) return FALSE;
+    if (repaint != FALSE && OnUiThread()) ::UpdateWindow(window);
+    return TRUE;
 }
 
 BOOL GetWindowRect(HWND window, RECT* rect) {

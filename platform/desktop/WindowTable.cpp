@@ -68,9 +68,14 @@ FrameMargins FrameMarginsOf(DWORD style, bool has_menu) {
     return {.left = frame, .top = top, .right = frame, .bottom = frame};
 }
 
+FrameMargins WindowData::Margins() const {
+    if (kind == WindowKind::TopLevel) return FrameMarginsOf(style, has_menu);
+    const bool framed = kind == WindowKind::Child && (style & WS_THICKFRAME) != 0;
+    return framed ? FrameMarginsOf(WS_THICKFRAME, false) : FrameMargins{};
+}
+
 SIZE WindowData::ClientSize() const {
-    const FrameMargins margins =
-        kind == WindowKind::TopLevel ? FrameMarginsOf(style, has_menu) : FrameMargins{};
+    const FrameMargins margins = Margins();
     return {std::max(0, rect.right - rect.left - margins.left - margins.right),
             std::max(0, rect.bottom - rect.top - margins.top - margins.bottom)};
 }
@@ -122,8 +127,9 @@ POINT LockedWindows::ClientOrigin(HWND window) {
     POINT origin{};
     const WindowData* data = Find(window);
     for (; data != nullptr && data->kind == WindowKind::Child; data = Find(data->parent)) {
-        origin.x += data->rect.left;
-        origin.y += data->rect.top;
+        const FrameMargins margins = data->Margins();
+        origin.x += data->rect.left + margins.left;
+        origin.y += data->rect.top + margins.top;
     }
     if (data != nullptr && data->kind == WindowKind::TopLevel) {
         origin.x += data->client_origin.x;

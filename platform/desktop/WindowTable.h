@@ -15,6 +15,8 @@
 
 namespace kelvo::desktop {
 
+class Control;
+struct ControlSetup;
 class MessageQueue;
 
 /// A registered class; fixed after RegisterClassA.
@@ -23,6 +25,8 @@ struct WindowClass {
     std::string name;
     std::string menu_name;
     WNDCLASSA values{}; ///< its texts point at the two above
+    /// Makes what stands behind a window of a control class; null for every other class.
+    std::unique_ptr<Control> (*make_control)(const ControlSetup& setup) = nullptr;
 };
 
 enum class WindowKind : std::uint8_t { Child, TopLevel, Desktop };
@@ -43,6 +47,7 @@ struct WindowData {
     std::shared_ptr<const WindowClass> window_class; ///< none for the desktop
     std::shared_ptr<MessageQueue> queue;             ///< of the thread that made it
     HWND parent = nullptr;                           ///< or owner
+    int id = 0;                                      ///< of a child, among its parent's
 
     // Under the table's lock; only the UI thread writes.
     WNDPROC procedure = nullptr;
@@ -57,6 +62,8 @@ struct WindowData {
     std::map<std::string, HANDLE> properties;
     std::vector<HWND> children; ///< also the windows that it owns; the oldest first
 
+    /// What lies around the client area within `rect`.
+    FrameMargins Margins() const;
     SIZE ClientSize() const;
 };
 

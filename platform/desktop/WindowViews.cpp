@@ -18,6 +18,18 @@ std::map<HWND, WindowView>& Views() {
 }
 
 constexpr int kEdge = 1;
+constexpr int kSizingFrame = 4;
+
+/// A line around the rectangle, lit from one corner.
+void DrawEdge(QPainter& painter, const QRect& edge, const QColor& top_left,
+              const QColor& bottom_right) {
+    painter.setPen(top_left);
+    painter.drawLine(edge.bottomLeft(), edge.topLeft());
+    painter.drawLine(edge.topLeft(), edge.topRight());
+    painter.setPen(bottom_right);
+    painter.drawLine(edge.bottomLeft(), edge.bottomRight());
+    painter.drawLine(edge.bottomRight(), edge.topRight());
+}
 
 } // namespace
 
@@ -28,34 +40,73 @@ ClientWidget::ClientWidget(std::shared_ptr<Surface> surface, QWidget* parent)
     setMouseTracking(true);
 }
 
-QRect ClientWidget::WithEdge() const {
-    return geometry().adjusted(-kEdge, -kEdge, kEdge, kEdge);
+QRect ClientWidget::WithFrame() const {
+    const int width = frame_ == ChildFrame::Sizing ? kSizingFrame : kEdge;
+    return geometry().adjusted(-width, -width, width, width);
+}
+
+void ClientWidget::UpdateFrame() const {
+    if (frame_ != ChildFrame::None && parentWidget() != nullptr) {
+        parentWidget()->update(WithFrame());
+    }
 }
 
 void ClientWidget::Place(const QRect& geometry) {
-    if (has_edge_ && parentWidget() != nullptr) parentWidget()->update(WithEdge());
+    UpdateFrame();
     setGeometry(geometry);
-    if (has_edge_ && parentWidget() != nullptr) parentWidget()->update(WithEdge());
+    UpdateFrame();
 }
 
-void ClientWidget::SetStaticEdge(bool has_edge) {
-    has_edge_ = has_edge;
-    if (parentWidget() != nullptr) parentWidget()->update(WithEdge());
+void ClientWidget::SetChildFrame(ChildFrame frame) {
+    frame_ = frame;
+    UpdateFrame();
+}
+
+void ClientWidget::DrawFrameOn(QPainter& painter) const {
+    const QRect outer = WithFrame();
+    const QColor light = palette().color(QPalette::Light);
+    if (frame_ == ChildFrame::StaticEdge) {
+        DrawEdge(painter, outer, palette().color(QPalette::Mid), light);
+        return;
+    }
+    QRegion ring(outer);
+    ring -= geometry();
+    for (const QRect& part : ring)
+        painter.fillRect(part, palette().color(QPalette::Window));
+    DrawEdge(painter, outer, light, palette().color(QPalette::Dark));
+}
+
+void ClientWidget::HoldControl(QWidget* control) {
+    control_ = control;
+    control_->setGeometry(rect());
+    setFocusProxy(control_);
+}
+
+void ClientWidget::SetControlBackground(const std::optional<QBrush>& background) {
+    control_background_ = background;
+    setAttribute(Qt::WA_OpaquePaintEvent, ControlBackground().style() != Qt::NoBrush);
+    update();
+}
+
+QBrush ClientWidget::ControlBackground() const {
+    return control_background_.value_or(palette().brush(QPalette::Window));
+}
+
+void ClientWidget::resizeEvent(QResizeEvent* /*event*/) {
+    if (control_) control_->setGeometry(rect());
 }
 
 void ClientWidget::paintEvent(QPaintEvent* event) {
     QPainter painter(this);
-    surface_->CopyTo(painter, event->rect());
+    if (!control_) {
+        surface_->CopyTo(painter, event->rect());
+    } else if (const QBrush background = ControlBackground(); background.style() != Qt::NoBrush) {
+        painter.fillRect(event->rect(), background);
+    }
     for (const QObject* child : children()) {
         const auto* inner = dynamic_cast<const ClientWidget*>(child);
-        if (inner == nullptr || !inner->has_edge_ || !inner->isVisible()) continue;
-        const QRect edge = inner->WithEdge();
-        painter.setPen(palette().color(QPalette::Mid));
-        painter.drawLine(edge.bottomLeft(), edge.topLeft());
-        painter.drawLine(edge.topLeft(), edge.topRight());
-        painter.setPen(palette().color(QPalette::Light));
-        painter.drawLine(edge.bottomLeft(), edge.bottomRight());
-        painter.drawLine(edge.bottomRight(), edge.topRight());
+        if (inner == nullptr || inner->frame_ == ChildFrame::None || !inner->isVisible()) continue;
+        inner->DrawFrameOn(painter);
     }
 }
 
@@ -80,19 +131,30 @@ int FrameWidget::BarHeight() const {
 }
 
 void FrameWidget::ResizeClient(QSize size) {
-    resize(size.width(), size.height() + BarHeight());
+    resize(size.width() + 2 * border_, size.height() + BarHeight() + 2 * border_);
     if (client_) client_->resize(size);
     LayOut();
 }
 
 QSize FrameWidget::RoomForClient() const {
-    return {width(), std::max(0, height() - BarHeight())};
+    return {std::max(0, width() - 2 * border_), std::max(0, height() - BarHeight() - 2 * border_)};
 }
 
 void FrameWidget::LayOut() {
     const int bar_height = BarHeight();
-    if (bar_height > 0) menu_bar_->setGeometry(0, 0, width(), bar_height);
-    if (client_) client_->move(0, bar_height);
+    if (bar_height > 0) {
+        menu_bar_->setGeometry(border_, border_, width() - 2 * border_, bar_height);
+    }
+    if (client_) client_->move(border_, border_ + bar_height);
+}
+
+void FrameWidget::paintEvent(QPaintEvent* event) {
+    QWidget::paintEvent(event);
+    if (border_ == 0) return;
+    QPainter painter(this);
+    painter.fillRect(rect(), palette().color(QPalette::Window));
+    const QColor line = palette().color(QPalette::Shadow);
+    DrawEdge(painter, rect(), line, line);
 }
 
 WindowView* ViewOf(HWND window) {

@@ -4,33 +4,50 @@
 
 #include "platform/base/types.h"
 
+#include <QBrush>
 #include <QMenuBar>
 #include <QPointer>
 #include <QWidget>
 
+#include <cstdint>
 #include <memory>
+#include <optional>
 
 namespace kelvo::desktop {
 
+class Control;
 class Surface;
 
-/// Copies the surface of its window to the screen, and draws the sunken edges around its children.
+/// What is drawn around a child, on its parent.
+enum class ChildFrame : std::uint8_t { None, StaticEdge, Sizing };
+
+/// Copies the surface of its window to the screen, and draws the frames around its children.
 class ClientWidget final : public QWidget {
 public:
     ClientWidget(std::shared_ptr<Surface> surface, QWidget* parent);
 
-    /// Moves and sizes a child, its edge on the parent included.
+    /// Moves and sizes a child, its frame on the parent included.
     void Place(const QRect& geometry);
-    void SetStaticEdge(bool has_edge);
+    void SetChildFrame(ChildFrame frame);
+    /// Shows a control in place of the surface; it gets the whole client area.
+    void HoldControl(QWidget* control);
+    /// What lies behind a control: without a value the desktop's own, Qt::NoBrush the parent.
+    void SetControlBackground(const std::optional<QBrush>& background);
+    QBrush ControlBackground() const;
 
 protected:
     void paintEvent(QPaintEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
 
 private:
-    QRect WithEdge() const;
+    QRect WithFrame() const;
+    void UpdateFrame() const;
+    void DrawFrameOn(QPainter& painter) const;
 
     const std::shared_ptr<Surface> surface_;
-    bool has_edge_ = false;
+    ChildFrame frame_ = ChildFrame::None;
+    QPointer<QWidget> control_;
+    std::optional<QBrush> control_background_;
 };
 
 /// The frame of a top-level window, as the window manager knows it.
@@ -39,6 +56,8 @@ public:
     explicit FrameWidget(Qt::WindowFlags flags);
 
     void SetClient(ClientWidget* client) { client_ = client; }
+    /// Without a caption the window manager draws no frame; this one does.
+    void SetBorder(int width) { border_ = width; }
     /// The bar that menus fill; made when it is first asked for.
     QMenuBar& MenuBar();
     void ShowMenuBar(bool shown);
@@ -49,17 +68,22 @@ public:
     /// Puts the bar and the client area where they belong.
     void LayOut();
 
+protected:
+    void paintEvent(QPaintEvent* event) override;
+
 private:
     int BarHeight() const;
 
     QMenuBar* menu_bar_ = nullptr;
     QPointer<ClientWidget> client_;
+    int border_ = 0;
 };
 
 struct WindowView {
     QPointer<FrameWidget> frame; ///< of top-level windows
     QPointer<ClientWidget> client;
     std::shared_ptr<Surface> surface;
+    std::shared_ptr<Control> control; ///< of windows of a control class
     HMENU menu = nullptr;
 };
 

@@ -22,6 +22,11 @@ inline constexpr UINT WM_ERASEBKGND = 0x0014;
 inline constexpr UINT WM_SHOWWINDOW = 0x0018;
 inline constexpr UINT WM_NCCREATE = 0x0081;
 inline constexpr UINT WM_NCDESTROY = 0x0082;
+/// A press on a frame that this layer draws, or on a menu bar: wParam one of the HT values, lParam
+/// the place on the screen. Frames of the window manager tell nothing.
+inline constexpr UINT WM_NCLBUTTONDOWN = 0x00A1;
+inline constexpr UINT WM_NCRBUTTONDOWN = 0x00A4;
+inline constexpr UINT WM_NCMBUTTONDOWN = 0x00A7;
 inline constexpr UINT WM_KEYDOWN = 0x0100;
 inline constexpr UINT WM_KEYUP = 0x0101;
 inline constexpr UINT WM_CHAR = 0x0102;
@@ -54,6 +59,18 @@ inline constexpr WPARAM MK_RBUTTON = 0x0002;
 inline constexpr WPARAM MK_SHIFT = 0x0004;
 inline constexpr WPARAM MK_CONTROL = 0x0008;
 inline constexpr WPARAM MK_MBUTTON = 0x0010;
+
+/// wParam of the presses outside of the client area: what was hit.
+inline constexpr WPARAM HTMENU = 5;
+inline constexpr WPARAM HTLEFT = 10;
+inline constexpr WPARAM HTRIGHT = 11;
+inline constexpr WPARAM HTTOP = 12;
+inline constexpr WPARAM HTTOPLEFT = 13;
+inline constexpr WPARAM HTTOPRIGHT = 14;
+inline constexpr WPARAM HTBOTTOM = 15;
+inline constexpr WPARAM HTBOTTOMLEFT = 16;
+inline constexpr WPARAM HTBOTTOMRIGHT = 17;
+inline constexpr WPARAM HTBORDER = 18;
 
 /// wParam of the key messages; letters and digits are their own capital ASCII.
 inline constexpr WPARAM VK_BACK = 0x08;

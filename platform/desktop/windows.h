@@ -14,6 +14,8 @@ inline constexpr UINT CS_VREDRAW = 0x0001;
 inline constexpr UINT CS_HREDRAW = 0x0002;
 inline constexpr UINT CS_DBLCLKS = 0x0008;
 inline constexpr UINT CS_OWNDC = 0x0020;
+/// Accepted; what lies below a window is kept by the desktop anyway.
+inline constexpr UINT CS_SAVEBITS = 0x0800;
 
 struct WNDCLASSA {
     UINT style;
@@ -55,6 +57,9 @@ inline constexpr DWORD WS_OVERLAPPEDWINDOW =
     WS_CAPTION | WS_SYSMENU | WS_THICKFRAME | WS_MINIMIZEBOX | WS_MAXIMIZEBOX;
 
 inline constexpr DWORD WS_EX_TOPMOST = 0x00000008;
+/// Of a window without caption that is no child: it lies exactly where it is put, in no task list,
+/// and never becomes the active window.
+inline constexpr DWORD WS_EX_TOOLWINDOW = 0x00000080;
 /// A sunken edge of one pixel. It is drawn around the window, on its parent: the client area is the
 /// whole window, so that a view of the picture's size shows the whole picture.
 inline constexpr DWORD WS_EX_STATICEDGE = 0x00020000;
@@ -62,6 +67,7 @@ inline constexpr DWORD WS_EX_STATICEDGE = 0x00020000;
 inline constexpr int CW_USEDEFAULT = static_cast<int>(0x80000000U);
 
 inline const HWND HWND_TOP = nullptr;
+inline const HWND HWND_BOTTOM = reinterpret_cast<HWND>(INT_PTR{1});
 inline const HWND HWND_TOPMOST = reinterpret_cast<HWND>(INT_PTR{-1});
 inline const HWND HWND_NOTOPMOST = reinterpret_cast<HWND>(INT_PTR{-2});
 
@@ -81,6 +87,10 @@ struct CREATESTRUCTA {
     DWORD dwExStyle;
 };
 
+/// A WS_CHILD window of the desktop window lies on the screen like a window without caption. A
+/// child has no frame, but for WS_THICKFRAME: its edge of 4 pixels is drawn, and can be dragged to
+/// size it.
+///
 /// Creates a window: WM_NCCREATE, WM_CREATE, WM_SIZE and WM_MOVE are sent before it returns, in
 /// this order; with WS_VISIBLE it is then shown. Sizes below 0 count as 0; CW_USEDEFAULT as x or
 /// width lets the system choose place or size.
@@ -108,14 +118,19 @@ LRESULT CallWindowProcA(WNDPROC procedure, HWND window, UINT message, WPARAM wpa
 inline constexpr UINT SWP_NOSIZE = 0x0001;
 inline constexpr UINT SWP_NOMOVE = 0x0002;
 inline constexpr UINT SWP_NOZORDER = 0x0004;
+inline constexpr UINT SWP_SHOWWINDOW = 0x0040; ///< shows it once it is in its place
 inline constexpr UINT SWP_NOOWNERZORDER =
     0x0200; ///< owners are never moved in the stack: nothing to do
 
 /// Moves, sizes and restacks a window. WM_MOVE and WM_SIZE are sent before it returns, each only
 /// where something changed. Sizes are those of the whole window; below 0 they count as 0.
-/// @param after  HWND_TOP, HWND_TOPMOST, HWND_NOTOPMOST or a sibling to lie behind; unless
-/// SWP_NOZORDER
+/// @param after  HWND_TOP, HWND_BOTTOM, HWND_TOPMOST, HWND_NOTOPMOST or a sibling to lie behind;
+/// unless SWP_NOZORDER
 BOOL SetWindowPos(HWND window, HWND after, int x, int y, int width, int height, UINT flags);
+
+/// Moves and sizes a window, keeping its place in the stack.
+/// @param repaint  whether what the move uncovers or changes is painted at once
+BOOL MoveWindow(HWND window, int x, int y, int width, int height, BOOL repaint);
 
 inline constexpr int SW_HIDE = 0;
 inline constexpr int SW_SHOWNORMAL = 1;
@@ -176,6 +191,9 @@ BOOL SetPropA(HWND window, LPCSTR name, HANDLE value);
 HANDLE GetPropA(HWND window, LPCSTR name);
 /// @return the value that was kept.
 HANDLE RemovePropA(HWND window, LPCSTR name);
+
+/// Where the mouse pointer is on the screen. Any thread.
+BOOL GetCursorPos(POINT* point);
 
 /// All mouse messages go to the window until ReleaseCapture, those from outside of it as well
 /// (signed client coordinates). @return the window that had the mouse before; it is sent
