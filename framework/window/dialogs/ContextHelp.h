@@ -9,11 +9,9 @@
 #include <map>
 #include <memory>
 
-struct MSG;
-
 namespace kelvo {
 
-class HelpTip;
+class CLittleWin;
 
 class ContextHelp {
 public:
@@ -27,6 +25,9 @@ public:
     bool HasTexts() const { return !texts_.empty(); }
     /// Whether the window is a control with a help text.
     bool Explains(HWND control) const;
+    /// The visible control with a help text at a point of the screen, the smallest where they lie
+    /// in each other. @return 0 when there is none
+    HWND ExplainedAt(HWND dialog, POINT screen_point) const;
 
     /// Offers a message of the dialog. WM_HELP shows the tip of the control that it names;
     /// WM_COMMAND with both parameters 0 hides a tip; any other command and the window's end hide
@@ -41,15 +42,22 @@ public:
     void HideTip();
 
 private:
-    void OnRestTimer(HWND dialog);
-    bool OnHelpKey(HWND dialog, LPARAM help);
+    /// Where the pointer has been resting, and what that has shown.
+    struct Rest {
+        POINT point{};
+        HWND control = nullptr;
+        int ticks = 0;
+        bool has_shown = false;
+    };
 
-    std::map<int, CString> texts_; ///< by control id
-    std::unique_ptr<HelpTip> tip_; ///< made when the first tip is shown
-    HWND explained_ = nullptr;     ///< the control of the tip that rest has shown
-    HWND resting_ = nullptr;       ///< the control under the pointer at the last tick
-    POINT rest_point_{};
-    int rest_ticks_ = 0;
+    bool OnHelpKey(HWND dialog, LPARAM help);
+    bool OnRestTimer(HWND dialog);
+    void KeepTimer(HWND dialog, UINT message);
+
+    std::map<int, CString> texts_;    ///< by control id
+    std::unique_ptr<CLittleWin> tip_; ///< made when the first tip is shown
+    Rest rest_;
+    bool timer_runs_ = false;
 };
 
 } // namespace kelvo

@@ -1,8 +1,8 @@
 #pragma once
 // Editing a text where it stands: an edit control laid over a list's item or over a label of a
-// dialog. Return keeps what was typed, Escape drops it, and so does whatever takes the keyboard
-// away keep it. A dialog has two of these, one for list items and one for labels, and passes them
-// every message; only controls that were made editable are touched.
+// dialog. Escape drops what was typed; Return, Tab and whatever else takes the keyboard away keep
+// it. A dialog has two of these, one for list items and one for labels, and passes them every
+// message; only controls that were made editable are touched.
 
 #include "framework/base/CString.h"
 #include "platform/desktop/windows.h"
@@ -11,10 +11,12 @@
 
 namespace kelvo {
 
-enum class EditsInPlace { ListItems, Labels };
+enum class EditsInPlace : bool { ListItems, Labels };
 
 class InPlaceEditing {
 public:
+    enum class Keep : bool { No, Yes };
+
     explicit InPlaceEditing(EditsInPlace what) : what_(what) {}
     InPlaceEditing(const InPlaceEditing&) = delete;
     InPlaceEditing& operator=(const InPlaceEditing&) = delete;
@@ -29,12 +31,13 @@ public:
     /// @return false when there is nothing to edit
     bool Begin(HWND dialog, HWND control);
     bool IsEditing() const { return editor_ != nullptr; }
-    /// Ends, writing the text back or not.
-    void End(bool keep);
+    /// Writes the text back, or not, and gives the keyboard back to the control.
+    void End(Keep keep);
 
 private:
     static LRESULT EditorProcedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam);
     bool Place(HWND dialog, HWND control, const RECT& area, const CString& text);
+    bool Finish(Keep keep);
     void WriteBack(const CString& text) const;
 
     EditsInPlace what_;

@@ -79,8 +79,8 @@ const char* FixedNumberText(double value) {
 
 const char* SignificantDigitsText(double value, int digits) {
     static std::array<char, 40> buffer;
-    std::snprintf(buffer.data(), buffer.size(), "%.*g", std::clamp(digits, 1, kMostSignificantDigits),
-                  value);
+    std::snprintf(buffer.data(), buffer.size(), "%.*g",
+                  std::clamp(digits, 1, kMostSignificantDigits), value);
     return buffer.data();
 }
 

@@ -21,6 +21,7 @@ public:
                const CString& caption, const CString& prompt);
 
     bool HandleMessage(UINT message, WPARAM wparam, LPARAM lparam) override;
+    bool OnDoubleClick(HWND control, int id, int index) override;
 
 private:
     bool OnInitialise();

@@ -27,7 +27,6 @@ public:
 private:
     bool OnMouseMove(HWND dialog, WPARAM held, POINT point);
     void End();
-    HWND ControlAt(HWND dialog, POINT screen_point) const;
     void Explain(HWND control, POINT screen_point);
 
     ContextHelp& help_;
