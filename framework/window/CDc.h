@@ -75,6 +75,9 @@ public:
     static HFONT ProportionalFont(int size, bool bold);
     /// Fixed-pitch font of a height in pixels, 16 when 0. Delete it after use.
     static HFONT FixedFont(int height, UINT flags);
+    /// Lets the user choose a font in the system's dialog, which starts from the given one (0: from
+    /// the system's usual one). Delete it after use. @return 0 when cancelled
+    static HFONT ChooseFont(const CWin* owner, HFONT current);
     /// Writes in the proportional font.
     void WriteText(LONG x, LONG y, const CString& text, int size, bool bold) const;
     void WriteText(LONG x, LONG y, const CString& text, int size, bool bold,

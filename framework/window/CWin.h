@@ -131,6 +131,7 @@ protected:
 
 private:
     friend LRESULT CWinWndProc(HWND window, UINT message, WPARAM wparam, LPARAM lparam);
+    friend UINT_PTR FileDialogHook(HWND dialog, UINT message, WPARAM wparam, LPARAM lparam);
 
     static constexpr BYTE kCreatedState = 1;
 

@@ -1,0 +1,268 @@
+#include "platform/desktop/dialogs/FileChooser.h"
+
+#include "platform/base/file_names.h"
+#include "platform/desktop/dialogs/ItalianTexts.h"
+
+#include <QDir>
+#include <QGridLayout>
+#include <QLineEdit>
+#include <QMessageBox>
+
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cstring>
+
+namespace kelvo::desktop {
+
+namespace {
+
+const QString kOpen = QStringLiteral("Apri");
+const QString kSave = QStringLiteral("Salva");
+const QString kSaveTitle = QStringLiteral("Salva con nome");
+const QString kCancel = QStringLiteral("Annulla");
+const QString kLookIn = QStringLiteral("Cerca in:");
+const QString kFileName = QStringLiteral("Nome file:");
+const QString kFileType = QStringLiteral("Tipo file:");
+const QString kOddListName = QStringLiteral("Altri nomi");
+const QString kNoSuchFolder = QStringLiteral("Il percorso non esiste:\n");
+
+constexpr int kOddListHeight = 72;
+constexpr std::size_t kMostFilters = 100;
+
+bool IsFolder(const std::string& path) {
+    struct stat status = {};
+    return ::stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
+}
+
+bool Exists(const std::string& path) {
+    struct stat status = {};
+    return ::stat(path.c_str(), &status) == 0;
+}
+
+std::string FolderOf(const std::string& path) {
+    const std::size_t separator = path.rfind('/');
+    if (separator == std::string::npos) return {};
+    return path.substr(0, std::max<std::size_t>(separator, 1));
+}
+
+std::string NameIn(const std::string& path) {
+    const std::size_t separator = path.rfind('/');
+    return separator == std::string::npos ? path : path.substr(separator + 1);
+}
+
+// "*.*" means all files, those without a dot, too.
+QStringList PatternsOf(const FileFilter& filter) {
+    QStringList patterns = QString::fromStdString(filter.patterns).split(u';', Qt::SkipEmptyParts);
+    for (QString& pattern : patterns) {
+        pattern = pattern.trimmed();
+        if (pattern == QStringLiteral("*.*")) pattern = QStringLiteral("*");
+    }
+    return patterns;
+}
+
+} // namespace
+
+std::vector<FileFilter> ParseFilters(const char* filters) {
+    std::vector<FileFilter> parsed;
+    while (filters != nullptr && *filters != '\0' && parsed.size() < kMostFilters) {
+        FileFilter filter;
+        filter.description = filters;
+        filters += filter.description.size() + 1;
+        filter.patterns = filters;
+        filters += filter.patterns.size() + 1;
+        parsed.push_back(std::move(filter));
+    }
+    return parsed;
+}
+
+FileChooser::FileChooser(const Settings& settings)
+    : filters_(settings.filters), folder_must_exist_(settings.folder_must_exist) {
+    SpeakItalian();
+    setOptions(DontUseNativeDialog | DontConfirmOverwrite | HideNameFilterDetails |
+               DontResolveSymlinks);
+    setFileMode(AnyFile);
+    setViewMode(List);
+    setAcceptMode(settings.mode);
+    SetUpTexts(settings);
+    SetUpFilters(settings.filters, settings.filter);
+    name_edit_ = findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
+    AddOddList();
+    StartAt(settings);
+    connect(this, &QFileDialog::currentChanged, this, [this](const QString& path) {
+        if (path.isEmpty()) return;
+        ForgetOdd();
+        current_ = names_.BytesOf(path);
+        if (on_selected) on_selected();
+    });
+    connect(this, &QFileDialog::directoryEntered, this, [this] {
+        RefreshOddList();
+        if (on_folder_entered) on_folder_entered();
+    });
+    connect(this, &QFileDialog::filterSelected, this, [this] { RefreshOddList(); });
+    if (name_edit_ == nullptr) return;
+    connect(name_edit_, &QLineEdit::textEdited, this, [this] {
+        current_.clear();
+        ForgetOdd();
+    });
+}
+
+void FileChooser::SetUpTexts(const Settings& settings) {
+    const bool opens = settings.mode == AcceptOpen;
+    setWindowTitle(!settings.title.isEmpty() ? settings.title : opens ? kOpen : kSaveTitle);
+    setLabelText(Accept, opens ? kOpen : kSave);
+    setLabelText(Reject, kCancel);
+    setLabelText(LookIn, kLookIn);
+    setLabelText(FileName, kFileName);
+    setLabelText(FileType, kFileType);
+}
+
+void FileChooser::SetUpFilters(const std::vector<FileFilter>& filters, std::size_t selected) {
+    QStringList texts;
+    for (const FileFilter& filter : filters) {
+        texts << QStringLiteral("%1 (%2)").arg(QString::fromStdString(filter.description),
+                                               PatternsOf(filter).join(u' '));
+    }
+    if (texts.isEmpty()) return;
+    setNameFilters(texts);
+    selectNameFilter(texts[static_cast<qsizetype>(std::min(selected, filters.size() - 1))]);
+}
+
+void FileChooser::StartAt(const Settings& settings) {
+    std::string name = settings.file_name;
+    std::ranges::replace(name, '\\', '/');
+    const std::string folder =
+        name.find('/') == std::string::npos ? settings.folder : FolderOf(name);
+    const auto existing = folder.empty() ? std::nullopt : platform::ExistingFileName(folder);
+    if (existing) Enter(*existing);
+    RefreshOddList();
+    name = NameIn(name);
+    if (name.empty()) return;
+    const std::string path = Folder() + '/' + name;
+    if (Exists(path) && ReadableName(name).toStdString() != name) {
+        const auto items = odd_list_->findItems(ReadableName(name), Qt::MatchExactly);
+        if (!items.isEmpty()) odd_list_->setCurrentItem(items.first());
+        return;
+    }
+    selectFile(QString::fromStdString(name));
+    current_.clear();
+}
+
+// ---- names that the toolkit cannot spell ----
+
+void FileChooser::AddOddList() {
+    odd_list_ = new QListWidget(this);
+    odd_list_->setAccessibleName(kOddListName);
+    odd_list_->setMaximumHeight(kOddListHeight);
+    odd_list_->hide();
+    if (auto* const grid = qobject_cast<QGridLayout*>(layout())) {
+        grid->addWidget(odd_list_, grid->rowCount(), 0, 1, grid->columnCount());
+    }
+    connect(odd_list_, &QListWidget::currentItemChanged, this,
+            [this](const QListWidgetItem* item) { SelectOdd(item); });
+    connect(odd_list_, &QListWidget::itemActivated, this,
+            [this](const QListWidgetItem* item) { OpenOdd(*item); });
+}
+
+void FileChooser::RefreshOddList() {
+    ForgetOdd();
+    const QSignalBlocker quiet(odd_list_);
+    odd_list_->clear();
+    const QStringList patterns = CurrentPatterns();
+    for (const OddEntry& entry : OddEntriesOf(Folder())) {
+        const QString text = ReadableName(entry.name);
+        if (!entry.is_folder && !patterns.isEmpty() && !QDir::match(patterns, text)) continue;
+        auto* const item = new QListWidgetItem(entry.is_folder ? text + u'/' : text, odd_list_);
+        item->setData(Qt::UserRole, QByteArray::fromStdString(entry.name));
+    }
+    odd_list_->setVisible(odd_list_->count() > 0);
+}
+
+void FileChooser::SelectOdd(const QListWidgetItem* item) {
+    if (item == nullptr) return;
+    const std::string name = item->data(Qt::UserRole).toByteArray().toStdString();
+    odd_selected_ = Folder() + '/' + name;
+    current_.clear();
+    if (name_edit_ != nullptr) name_edit_->setText(item->text());
+    if (on_selected) on_selected();
+}
+
+void FileChooser::OpenOdd(const QListWidgetItem& item) {
+    SelectOdd(&item);
+    accept();
+}
+
+void FileChooser::ForgetOdd() {
+    odd_selected_.clear();
+    const QSignalBlocker quiet(odd_list_);
+    odd_list_->setCurrentItem(nullptr);
+}
+
+void FileChooser::Enter(const std::string& folder) {
+    const QString path = names_.PathOf(folder);
+    if (!path.isEmpty()) setDirectory(path);
+    RefreshOddList();
+}
+
+// ---- what is chosen ----
+
+std::string FileChooser::Folder() const {
+    return names_.BytesOf(directory().absolutePath());
+}
+
+QStringList FileChooser::CurrentPatterns() const {
+    return filters_.empty() ? QStringList() : PatternsOf(filters_[SelectedFilter()]);
+}
+
+std::size_t FileChooser::SelectedFilter() const {
+    const auto index = nameFilters().indexOf(selectedNameFilter());
+    return static_cast<std::size_t>(std::max<qsizetype>(index, 0));
+}
+
+std::string FileChooser::Typed() const {
+    if (name_edit_ == nullptr || name_edit_->text().isEmpty()) return {};
+    const QStringList files = selectedFiles();
+    return files.isEmpty() ? std::string() : names_.BytesOf(files.first());
+}
+
+std::string FileChooser::Selected() const {
+    if (!odd_selected_.empty()) return odd_selected_;
+    return current_.empty() ? Typed() : current_;
+}
+
+// A name may be typed as on the systems that films come from: other letters, other separators.
+std::optional<std::string> FileChooser::Resolve(const std::string& path) const {
+    if (auto existing = platform::ExistingFileName(path)) return existing;
+    if (auto made = platform::NewFileName(path)) return made;
+    return folder_must_exist_ ? std::nullopt : std::optional(path);
+}
+
+void FileChooser::accept() {
+    const std::string path = !odd_selected_.empty() ? odd_selected_ : Typed();
+    if (path.empty()) return;
+    const auto resolved = Resolve(path);
+    if (!resolved) {
+        QMessageBox::warning(this, windowTitle(), kNoSuchFolder + ReadableName(FolderOf(path)));
+        return;
+    }
+    if (IsFolder(*resolved)) {
+        if (name_edit_ != nullptr) name_edit_->clear();
+        current_.clear();
+        Enter(*resolved);
+        return;
+    }
+    Finish(*resolved);
+}
+
+void FileChooser::Finish(const std::string& path) {
+    const std::string before = std::exchange(current_, path);
+    odd_selected_.clear();
+    if (may_accept && !may_accept()) {
+        current_ = before;
+        return;
+    }
+    chosen_ = path;
+    QDialog::accept();
+}
+
+} // namespace kelvo::desktop
