@@ -252,6 +252,22 @@ bool RegisterResources(HMODULE module, std::span<const std::uint8_t> bytes) {
     return true;
 }
 
+std::span<const std::uint8_t> ResourceBytesAt(const void* first) {
+    ModuleTable& modules = Modules();
+    const std::scoped_lock lock{modules.mutex};
+    const auto find_in = [first](const ModuleObject& module) {
+        for (const ResourceObject& resource : module.resources) {
+            if (resource.data.data() == first) return resource.data;
+        }
+        return std::span<const std::uint8_t>{};
+    };
+    std::span<const std::uint8_t> bytes = find_in(modules.program);
+    for (const ModuleObject& other : modules.others) {
+        if (bytes.empty()) bytes = find_in(other);
+    }
+    return bytes;
+}
+
 HMODULE AddModule() {
     ModuleTable& modules = Modules();
     const std::scoped_lock lock{modules.mutex};

@@ -59,6 +59,10 @@ namespace kelvo::platform {
 ///         is checked to lie inside them.
 bool RegisterResources(HMODULE module, std::span<const std::uint8_t> bytes);
 
+/// The bytes of the resource that begins here, as LockResource gave it; empty for any other place,
+/// so that a reader who is only given a pointer can still keep inside.
+[[nodiscard]] std::span<const std::uint8_t> ResourceBytesAt(const void* first);
+
 /// A further module, as a library would be: without resources until some are registered.
 [[nodiscard]] HMODULE AddModule();
 

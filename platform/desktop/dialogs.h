@@ -26,6 +26,18 @@ struct HELPINFO {
     POINT MousePos; ///< on the screen
 };
 
+/// Sent to the dialog when F1 goes down; lParam points at a HELPINFO.
+inline constexpr UINT WM_HELP = 0x0053;
+inline constexpr int HELPINFO_WINDOW = 1;
+struct HELPINFO {
+    UINT cbSize;
+    int iContextType; ///< HELPINFO_WINDOW
+    int iCtrlId;
+    HANDLE hItemHandle; ///< the control with the focus
+    DWORD_PTR dwContextId;
+    POINT MousePos; ///< on the screen
+};
+
 inline constexpr UINT DM_GETDEFID = WM_USER + 0;
 inline constexpr UINT DM_SETDEFID = WM_USER + 1;
 inline constexpr WORD DC_HASDEFID = 0x534B;
