@@ -247,6 +247,40 @@ void VirtualScreen::Click(int x, int y) const {
     XSync(connection_->display, False);
 }
 
+void VirtualScreen::DoubleClick(int x, int y) const {
+    Click(x, y);
+    Click(x, y);
+}
+
+void VirtualScreen::HoldButton() const {
+    XTestFakeButtonEvent(connection_->display, Button1, True, CurrentTime);
+    XSync(connection_->display, False);
+}
+
+void VirtualScreen::ReleaseButton() const {
+    XTestFakeButtonEvent(connection_->display, Button1, False, CurrentTime);
+    XSync(connection_->display, False);
+}
+
+void VirtualScreen::PressWith(const char* held, const char* key) const {
+    const KeyCode code = XKeysymToKeycode(connection_->display, XStringToKeysym(held));
+    XTestFakeKeyEvent(connection_->display, code, True, CurrentTime);
+    Press(key);
+    XTestFakeKeyEvent(connection_->display, code, False, CurrentTime);
+    XSync(connection_->display, False);
+}
+
+void VirtualScreen::Type(const std::string& text) const {
+    for (const char character : text) {
+        const std::string key = character == ' ' ? "space" : std::string(1, character);
+        if (character >= 'A' && character <= 'Z') {
+            PressWith("Shift_L", key.c_str());
+        } else {
+            Press(key.c_str());
+        }
+    }
+}
+
 void VirtualScreen::Press(const char* key) const {
     const KeyCode code = XKeysymToKeycode(connection_->display, XStringToKeysym(key));
     XTestFakeKeyEvent(connection_->display, code, True, CurrentTime);

@@ -57,9 +57,17 @@ public:
     std::uint32_t Pixel(int x, int y) const;
 
     void Click(int x, int y) const;
+    void DoubleClick(int x, int y) const;
     void MoveTo(int x, int y) const;
+    /// The left button where the pointer is.
+    void HoldButton() const;
+    void ReleaseButton() const;
     /// A key by its name: "Return", "Down", "Escape".
     void Press(const char* key) const;
+    /// The same while another key is held: "Shift_L", "Alt_L", "Control_L".
+    void PressWith(const char* held, const char* key) const;
+    /// Letters, digits and spaces, key by key.
+    void Type(const std::string& text) const;
     /// What the window's own close button does.
     void AskToClose(WindowId window) const;
 
