@@ -34,6 +34,7 @@ private:
     bool OnNotify(LPARAM lparam);
     void OnSelectionChanged();
     bool OnPreviewDecoded(std::uint32_t number);
+    void ShowNothing();
     void ShowNote(const char* text);
     CString SelectedPath() const;
 

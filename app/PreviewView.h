@@ -7,6 +7,8 @@
 
 namespace kelvo {
 
+class CDc;
+
 class PreviewView : public CWin {
 public:
     /// Shows the image, fitted into the area.
@@ -23,8 +25,8 @@ public:
 
 private:
     bool OnPaint();
-    void DrawPicture(HDC context) const;
-    void DrawPlaceholder(HDC context) const;
+    void DrawFilmImage(HDC context) const;
+    void DrawPlaceholder(const CDc& dc) const;
 
     NewCBitmaplum picture_;
     float scale_ = 1.0F;

@@ -26,6 +26,8 @@ Seam& TheSeam() {
     return *seam;
 }
 
+thread_local ThreadBoxCollector* thread_collector = nullptr;
+
 bool IsControl(char letter) {
     return static_cast<unsigned char>(letter) < 0x20 || letter == 0x7F;
 }
@@ -89,6 +91,21 @@ int ShowBoxOnConsole(const MessageBoxRequest& request) {
     return SafeAnswer(request.type);
 }
 
+ThreadBoxCollector::ThreadBoxCollector() : previous_(std::exchange(thread_collector, this)) {}
+
+ThreadBoxCollector::~ThreadBoxCollector() {
+    thread_collector = previous_;
+}
+
+int ThreadBoxCollector::Collect(MessageBoxRequest request) {
+    boxes_.push_back(std::move(request));
+    return SafeAnswer(boxes_.back().type);
+}
+
+ThreadBoxCollector* ThreadBoxCollector::OfThisThread() {
+    return thread_collector;
+}
+
 MessageBoxRecorder::MessageBoxRecorder()
     : previous_(SetMessageBoxHandler(
           [this](const MessageBoxRequest& request) { return Answer(request); })) {}
@@ -148,6 +165,9 @@ int MessageBoxA(HWND owner, LPCSTR text, LPCSTR caption, UINT type) {
         .caption = caption == nullptr ? kelvo::platform::kNoCaption : caption,
         .type = type,
     };
+    if (auto* const collector = kelvo::platform::ThreadBoxCollector::OfThisThread()) {
+        return collector->Collect(request);
+    }
     std::shared_ptr<const kelvo::platform::MessageBoxHandler> handler;
     {
         auto& seam = kelvo::platform::TheSeam();

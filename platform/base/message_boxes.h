@@ -60,6 +60,28 @@ MessageBoxHandler SetMessageBoxHandler(MessageBoxHandler handler);
 /// a handler.
 int ShowBoxOnConsole(const MessageBoxRequest& request);
 
+/// Keeps the boxes of one thread while it lives, in place of showing them, and gives each its safe
+/// answer: for work that nobody is to be bothered with. Made, asked and destroyed by that thread;
+/// a later one goes before an earlier one.
+class ThreadBoxCollector {
+public:
+    ThreadBoxCollector();
+    ~ThreadBoxCollector();
+    ThreadBoxCollector(const ThreadBoxCollector&) = delete;
+    ThreadBoxCollector& operator=(const ThreadBoxCollector&) = delete;
+
+    /// The boxes so far, the oldest first.
+    [[nodiscard]] const std::vector<MessageBoxRequest>& Boxes() const { return boxes_; }
+    /// What MessageBoxA does on a thread that has a collector.
+    int Collect(MessageBoxRequest request);
+    /// Of the calling thread; null when it has none.
+    static ThreadBoxCollector* OfThisThread();
+
+private:
+    std::vector<MessageBoxRequest> boxes_;
+    ThreadBoxCollector* const previous_;
+};
+
 /// Keeps every box while it lives, in place of showing it, and gives the answers it was told.
 /// Puts the handler before back when it goes.
 class MessageBoxRecorder {
