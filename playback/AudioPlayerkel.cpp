@@ -29,7 +29,14 @@ AudioPlayerkel::~AudioPlayerkel() {
 bool AudioPlayerkel::HandleMessage(UINT message, WPARAM wparam, LPARAM lparam) {
     if (CWin::HandleMessage(message, wparam, lparam)) return true;
     // What an earlier device still had to say concerns nobody.
-    if (wparam != reinterpret_cast<WPARAM>(wave_out_) || wave_out_ == nullptr) return false;
+    const bool is_input = message >= MM_WIM_OPEN && message <= MM_WIM_DATA;
+    const auto device =
+        is_input ? reinterpret_cast<WPARAM>(wave_in_) : reinterpret_cast<WPARAM>(wave_out_);
+    if (device == 0 || wparam != device) return false;
+    return is_input ? HandleInput(message, lparam) : HandleOutput(message, lparam);
+}
+
+bool AudioPlayerkel::HandleOutput(UINT message, LPARAM lparam) {
     switch (message) {
     case MM_WOM_OPEN:
         return OnDeviceOpen();
@@ -44,8 +51,17 @@ bool AudioPlayerkel::HandleMessage(UINT message, WPARAM wparam, LPARAM lparam) {
 
 bool AudioPlayerkel::OpenAudio(const CString& name) {
     if (device_active_) CloseAudio(); // it plays from the buffers that are made anew
-    if (!track_.OpenForRead(name)) return false;
+    return track_.OpenForRead(name) && FinishOpening();
+}
+
+bool AudioPlayerkel::OpenAudioForRecording(const CString& name) {
+    if (device_active_) CloseAudio();
+    return track_.OpenExisting(name) && FinishOpening();
+}
+
+bool AudioPlayerkel::FinishOpening() {
     playing_ = false;
+    capturing_ = false;
     paused_ = false;
     stopping_ = false;
     fast_forward_ = false;
@@ -62,16 +78,11 @@ bool AudioPlayerkel::OpenAudio(const CString& name) {
 
 bool AudioPlayerkel::Play(VideoPlayerkel* video) {
     if (device_active_ && closing_) WaitForDeviceClose();
+    if (capturing_) return false;
     if (device_active_) return true;
     if (!track_.IsTrackOpen()) return false;
+    ForgetSound();
     linked_video_ = video != nullptr && video->IsTrackOpen() ? video : nullptr;
-    paused_ = false;
-    stopping_ = false;
-    fast_forward_ = false;
-    current_buffer_ = 0;
-    begins_anew_ = false;
-    heard_ = false;
-    run_out_ = false;
     const MMRESULT result = waveOutOpen(&wave_out_, WAVE_MAPPER, track_.GetWaveFormat(),
                                         reinterpret_cast<DWORD_PTR>(Window()), 0, CALLBACK_WINDOW);
     if (result == MMSYSERR_NOERROR) {
@@ -88,6 +99,17 @@ bool AudioPlayerkel::Play(VideoPlayerkel* video) {
     playing_ = false;
     track_.Close();
     return false;
+}
+
+// Of the sound before, nothing counts any more.
+void AudioPlayerkel::ForgetSound() {
+    paused_ = false;
+    stopping_ = false;
+    fast_forward_ = false;
+    current_buffer_ = 0;
+    begins_anew_ = false;
+    heard_ = false;
+    run_out_ = false;
 }
 
 bool AudioPlayerkel::IsHeard() const {
@@ -288,8 +310,10 @@ bool AudioPlayerkel::StopAudio() {
             waveOutReset(wave_out_);
             CloseDevice();
         }
+        if (capturing_) CloseInput();
     }
     playing_ = false;
+    capturing_ = false;
     return true;
 }
 
@@ -302,7 +326,7 @@ void AudioPlayerkel::CloseDevice() {
 
 void AudioPlayerkel::DispatchDeviceMessages() const {
     MSG message{};
-    while (PeekMessageA(&message, Window(), MM_WOM_OPEN, MM_WOM_DONE, PM_REMOVE) != FALSE) {
+    while (PeekMessageA(&message, Window(), MM_WOM_OPEN, MM_WIM_DATA, PM_REMOVE) != FALSE) {
         DispatchMessageA(&message);
     }
 }
@@ -313,7 +337,9 @@ void AudioPlayerkel::WaitForDeviceClose() {
         DispatchDeviceMessages();
         if (device_active_) Sleep(1);
     }
-    if (device_active_) ForgetDevice();
+    if (!device_active_) return;
+    ForgetDevice();
+    FinishRecording();
 }
 
 // One that does not report its close is left to itself; what it still says is dropped.
@@ -322,6 +348,7 @@ void AudioPlayerkel::ForgetDevice() {
     closing_ = false;
     heard_device_ = nullptr;
     wave_out_ = nullptr;
+    wave_in_ = nullptr;
 }
 
 bool AudioPlayerkel::CloseAudio() {
@@ -336,10 +363,12 @@ bool AudioPlayerkel::CloseAudio() {
             DispatchDeviceMessages();
         }
     }
+    FinishRecording(); // where the device did not report its close
     FreeBuffers();
     paused_ = false;
     stopping_ = true;
     playing_ = false;
+    capturing_ = false;
     fast_forward_ = false;
     ForgetDevice();
     if (track_.IsTrackOpen()) {
@@ -351,16 +380,24 @@ bool AudioPlayerkel::CloseAudio() {
 }
 
 bool AudioPlayerkel::Pause() {
-    if (!device_active_ || !playing_) return false;
+    if (!device_active_ || (!playing_ && !capturing_)) return false;
     if (paused_) return true;
+    if (capturing_) {
+        HoldInput();
+        return true;
+    }
     paused_ = waveOutPause(wave_out_) == MMSYSERR_NOERROR;
     return paused_;
 }
 
 bool AudioPlayerkel::Resume() {
     fast_forward_ = false;
-    if (!device_active_ || !playing_) return false;
+    if (!device_active_ || (!playing_ && !capturing_)) return false;
     if (!paused_) return true;
+    if (capturing_) {
+        ResumeInput();
+        return true;
+    }
     paused_ = waveOutRestart(wave_out_) != MMSYSERR_NOERROR;
     return !paused_;
 }
@@ -410,12 +447,14 @@ void AudioPlayerkel::AllocateBuffers() {
     for (auto& buffer : buffers_) {
         buffer.assign(track_.FrameBytes() + kBufferSlack, 0);
     }
+    recorded_.reserve(track_.FrameBytes());
 }
 
 void AudioPlayerkel::FreeBuffers() {
     for (auto& buffer : buffers_) {
         buffer = {};
     }
+    recorded_ = {};
 }
 
 void AudioPlayerkel::Notify(int code, INT_PTR a, INT_PTR b) {

@@ -1,13 +1,16 @@
 #pragma once
 // Streams a sound track to the wave device, one audio frame a buffer and two buffers in flight, and
-// counts the frames: that count is the clock of the whole player. The device reports through this
-// hidden window, so everything here runs on the UI thread; the playing thread of the picture only
-// reads the count and whether it still runs.
+// counts the frames: that count is the clock of the whole player. It records from the microphone
+// into a track the same way round. The device reports through this hidden window, so everything
+// here runs on the UI thread; the playing thread of the picture only reads the count and whether it
+// still runs.
 
 #include "framework/base/CString.h"
 #include "framework/window/CWin.h"
 #include "media/AudioFilekel.h"
 #include "platform/sound/wave.h"
+#include "platform/sound/wave_in.h"
+#include "playback/CapturedFrames.h"
 
 #include <array>
 #include <atomic>
@@ -31,12 +34,23 @@ public:
 
     /// Opens the track and makes the buffers. @return false when the file is no sound track.
     bool OpenAudio(const CString& name);
+    /// The same for a track that is recorded into, which must be stored uncompressed. It plays only
+    /// once it is opened by OpenAudio.
+    bool OpenAudioForRecording(const CString& name);
     /// Starts where the track stands. Returns true and changes nothing while the device plays; a
     /// stop that is under way is waited for, so that stop and play in one step play.
     /// @param video  whose thread ends with the sound; may be none, else it lives until CloseAudio
     /// @return false when no track is open, or when there is no device (after a box; the track is
-    ///         then closed)
+    ///         then closed), or while it records
     bool Play(VideoPlayerkel* video);
+    /// Records over the track's frames from where it stands, until so many are written, the track
+    /// ends or StopAudio is called; a frame that was only begun then keeps the rest of its old
+    /// sound. Returns true and changes nothing while it records.
+    /// @param frame_count  0: to the track's end
+    /// @param video        as for Play
+    /// @return false while it plays, when no track is open, or when there is no microphone (after a
+    ///         box; the track is then closed)
+    bool Record(int frame_count, VideoPlayerkel* video);
     /// Asks the device to stop; it reports later that it has closed.
     bool StopAudio();
     /// Stops, waits for the device's report (2.2 s at most), frees the buffers, closes the track.
@@ -64,6 +78,7 @@ public:
     int CurrentFrame() const { return track_.CurrentAudioFrame(); }
     int nFramesAlSec() const { return static_cast<int>(track_.nFramesAlSec()); }
     bool IsPlaying() const { return playing_; }
+    bool IsCapturing() const { return capturing_; }
     bool IsPaused() const { return paused_; }
     /// From the request to open the device until its report that it closed.
     bool IsDeviceActive() const { return device_active_; }
@@ -71,8 +86,8 @@ public:
     /// Whether a frame is being read, perhaps with a box that says why it is damaged: the track
     /// must stay open meanwhile.
     bool IsRefilling() const { return refilling_; }
-    /// One more than the number of the frame that is heard; where sound will start, while it is
-    /// stopped. Any thread.
+    /// One more than the number of the frame that is heard, or the number of the one that was
+    /// recorded; where sound will start, while it is stopped. Any thread.
     const std::atomic<std::int32_t>& PlayedFrameCounter() const { return played_frame_counter_; }
     /// Whether sound that was started has ended by itself: the count then stands still. Any thread.
     bool HasRunOut() const { return run_out_; }
@@ -81,6 +96,8 @@ public:
     bool IsHeard() const;
 
 private:
+    bool FinishOpening();
+    bool HandleOutput(UINT message, LPARAM lparam);
     bool OnDeviceOpen();
     bool OnBufferDone(WAVEHDR* header);
     void StartPlaying();
@@ -98,6 +115,18 @@ private:
     void WaitForDeviceClose();
     void ForgetDevice();
     void DispatchDeviceMessages() const;
+    void ForgetSound();
+    // Recording (AudioRecording.cpp)
+    bool HandleInput(UINT message, LPARAM lparam);
+    bool OnInputOpen();
+    bool OnInputData(const WAVEHDR* header);
+    bool OnInputClosed();
+    void QueueInput(std::size_t number);
+    void HoldInput();
+    void ResumeInput();
+    void CloseInput();
+    void FinishRecording();
+    void SayNotWritten() const;
     void AllocateBuffers();
     void FreeBuffers();
     void Notify(int code, INT_PTR a, INT_PTR b);
@@ -105,6 +134,7 @@ private:
     AudioFilekel track_;
     VideoPlayerkel* linked_video_ = nullptr;
     HWAVEOUT wave_out_ = nullptr;
+    HWAVEIN wave_in_ = nullptr;
     std::array<WAVEHDR, 2> headers_{};
     std::array<std::vector<std::uint8_t>, 2> buffers_;
     std::size_t current_buffer_ = 0;    ///< the one queued last
@@ -112,7 +142,12 @@ private:
     bool begins_anew_ = false;          ///< the second buffer holds the first frame again
     bool stream_inside_sample_ = false; ///< the bytes queued so far end with half a 16-bit sample
 
+    CapturedFrames captured_;
+    std::array<bool, 2> input_queued_{}; ///< which buffers the microphone has
+    std::vector<std::uint8_t> recorded_; ///< what it gave last
+
     bool playing_ = false;
+    bool capturing_ = false;
     bool paused_ = false;
     bool stopping_ = false;
     bool continuous_ = false;

@@ -1,40 +1,23 @@
 #include "platform/sound/WaveOutDevice.h"
 
 #include "platform/desktop/messages.h"
-
-#define SDL_MAIN_HANDLED
-#include <SDL.h>
+#include "platform/sound/SoundLibrary.h"
 
 #include <algorithm>
-#include <bit>
 #include <string_view>
 
 namespace kelvo::platform {
 namespace {
 
-/// Length of a device block at most: what is heard can be told to a block's precision, and a pause
-/// takes effect after one.
-constexpr std::uint32_t kBlocksPerSecond = 100;
-/// The silent driver waits whole milliseconds after each block: with short ones films would run
-/// fast, by a seventh at 22050 samples a second, with these by a fiftieth at most.
-constexpr std::uint32_t kSilentBlocksPerSecond = 40;
 /// Blocks between the taking of one and its being heard: the one that plays and the one that waits.
 constexpr int kBlocksAhead = 2;
 /// A sound server takes a block when the one before begins to play: measured at 8000, 22050 and
 /// 44100 samples a second, within 0.3 ms. The silent driver waits a block after each.
 constexpr int kBlocksAheadOfServer = 1;
-constexpr std::string_view kServer = "pulseaudio";
-constexpr std::string_view kSilentDriver = "dummy";
 constexpr std::uint16_t kBitsOfByteSample = 8;
 
-std::uint16_t SamplesPerBlock(std::uint32_t rate, std::string_view driver) {
-    const auto per_second = driver == kSilentDriver ? kSilentBlocksPerSecond : kBlocksPerSecond;
-    return static_cast<std::uint16_t>(
-        std::bit_floor(std::clamp<std::uint32_t>(rate / per_second, 32, 4096)));
-}
-
 HeardClock::Duration LatencyOf(std::uint32_t samples, std::uint32_t rate, std::string_view driver) {
-    const bool is_short = driver == kServer || driver == kSilentDriver;
+    const bool is_short = driver == kServerDriver || driver == kSilentDriver;
     return std::chrono::nanoseconds(std::int64_t{samples} *
                                     (is_short ? kBlocksAheadOfServer : kBlocksAhead) *
                                     1'000'000'000 / rate);
@@ -50,31 +33,17 @@ WaveOutDevice::~WaveOutDevice() {
 }
 
 MMRESULT WaveOutDevice::Open() {
-    SDL_SetMainReady();
-    SDL_SetHint(SDL_HINT_NO_SIGNAL_HANDLERS, "1");
-    SDL_SetHint(SDL_HINT_AUDIO_DEVICE_APP_NAME, "Kelvo");
-    SDL_SetHint(SDL_HINT_AUDIO_DEVICE_STREAM_NAME, "Kelvo");
-    SDL_SetHint(SDL_HINT_AUDIO_DEVICE_STREAM_ROLE, "video");
-    if (SDL_InitSubSystem(SDL_INIT_AUDIO) != 0) return MMSYSERR_NODRIVER;
-    SDL_AudioSpec wanted{};
-    wanted.freq = static_cast<int>(format_.nSamplesPerSec);
-    wanted.format = format_.wBitsPerSample == kBitsOfByteSample ? AUDIO_U8 : AUDIO_S16LSB;
-    wanted.channels = static_cast<std::uint8_t>(format_.nChannels);
-    const std::string_view driver = SDL_GetCurrentAudioDriver();
-    wanted.samples = SamplesPerBlock(format_.nSamplesPerSec, driver);
-    wanted.callback = &WaveOutDevice::Callback;
-    wanted.userdata = this;
-    device_ = SDL_OpenAudioDevice(nullptr, 0, &wanted, nullptr, 0);
-    if (device_ == 0) {
-        SDL_QuitSubSystem(SDL_INIT_AUDIO);
-        return MMSYSERR_ALLOCATED;
-    }
+    OpenedSound opened;
+    const MMRESULT result =
+        OpenSoundDevice(SoundDirection::Output, format_, &WaveOutDevice::Callback, this, opened);
+    if (result != MMSYSERR_NOERROR) return result;
+    device_ = opened.device;
     {
         const std::lock_guard lock(mutex_);
-        clock_.SetLatency(LatencyOf(wanted.samples, format_.nSamplesPerSec, driver));
+        clock_.SetLatency(LatencyOf(opened.block_samples, format_.nSamplesPerSec, opened.driver));
     }
     thread_ = std::thread(&WaveOutDevice::Serve, this);
-    SDL_PauseAudioDevice(device_, 0);
+    StartSoundDevice(device_);
     return MMSYSERR_NOERROR;
 }
 
@@ -178,8 +147,7 @@ void WaveOutDevice::Serve() {
         lock.lock();
     }
     lock.unlock();
-    SDL_CloseAudioDevice(device_); // waits for the callback's thread
-    SDL_QuitSubSystem(SDL_INIT_AUDIO);
+    CloseSoundDevice(device_);
     lock.lock();
     closed_ = true;
     lock.unlock();

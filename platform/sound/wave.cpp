@@ -1,79 +1,20 @@
 #include "platform/sound/wave.h"
 
+#include "platform/sound/DeviceTable.h"
+#include "platform/sound/SoundLibrary.h"
 #include "platform/sound/WaveOutDevice.h"
+#include "platform/sound/wave_in.h"
 
 #define SDL_MAIN_HANDLED
 #include <SDL.h>
-
-#include <algorithm>
-#include <map>
-#include <memory>
-#include <mutex>
-#include <vector>
 
 namespace {
 
 using kelvo::platform::WaveOutDevice;
 
-/// The devices behind the handles. A handle's number is never given twice, so that a late message
-/// of an old device cannot be taken for one of a new device.
-class DeviceTable {
-public:
-    HWAVEOUT NewHandle() {
-        const std::lock_guard lock(mutex_);
-        return reinterpret_cast<HWAVEOUT>(++last_number_);
-    }
-    void Add(HWAVEOUT handle, std::shared_ptr<WaveOutDevice> device) {
-        const std::lock_guard lock(mutex_);
-        open_[handle] = std::move(device);
-    }
-    std::shared_ptr<WaveOutDevice> Find(HWAVEOUT handle) {
-        const std::lock_guard lock(mutex_);
-        const auto found = open_.find(handle);
-        return found == open_.end() ? nullptr : found->second;
-    }
-    /// The handle is dead; the device goes once its thread has ended.
-    void MoveToClosing(HWAVEOUT handle) {
-        const std::lock_guard lock(mutex_);
-        const auto found = open_.find(handle);
-        if (found == open_.end()) return;
-        closing_.push_back(std::move(found->second));
-        open_.erase(found);
-    }
-    /// Destroys what has closed; never waits for long.
-    void Sweep() {
-        std::vector<std::shared_ptr<WaveOutDevice>> closed;
-        const std::lock_guard lock(mutex_);
-        const auto first_closed = std::ranges::stable_partition(
-            closing_, [](const auto& device) { return !device->IsClosed(); });
-        closed.assign(first_closed.begin(), first_closed.end());
-        closing_.erase(first_closed.begin(), first_closed.end());
-    }
-    int Count() {
-        Sweep();
-        const std::lock_guard lock(mutex_);
-        return static_cast<int>(open_.size() + closing_.size());
-    }
-
-private:
-    std::mutex mutex_;
-    UINT_PTR last_number_ = 0;
-    std::map<HWAVEOUT, std::shared_ptr<WaveOutDevice>> open_;
-    std::vector<std::shared_ptr<WaveOutDevice>> closing_;
-};
-
-DeviceTable& Devices() {
-    static DeviceTable table;
+kelvo::platform::DeviceTable<HWAVEOUT, WaveOutDevice>& Devices() {
+    static kelvo::platform::DeviceTable<HWAVEOUT, WaveOutDevice> table;
     return table;
-}
-
-bool IsPlayable(const WAVEFORMATEX& format) {
-    const bool known_width = format.wBitsPerSample == 8 || format.wBitsPerSample == 16;
-    const bool known_channels = format.nChannels == 1 || format.nChannels == 2;
-    return format.wFormatTag == WAVE_FORMAT_PCM && known_width && known_channels &&
-           format.nSamplesPerSec > 0 && format.nSamplesPerSec <= 768000 &&
-           format.nBlockAlign == format.nChannels * format.wBitsPerSample / 8 &&
-           format.nAvgBytesPerSec == format.nSamplesPerSec * format.nBlockAlign;
 }
 
 } // namespace
@@ -84,7 +25,7 @@ MMRESULT waveOutOpen(HWAVEOUT* handle, UINT device, const WAVEFORMATEX* format, 
         return MMSYSERR_INVALPARAM;
     }
     if (device != WAVE_MAPPER) return MMSYSERR_BADDEVICEID;
-    if (!IsPlayable(*format)) return WAVERR_BADFORMAT;
+    if (!kelvo::platform::IsPlainSound(*format)) return WAVERR_BADFORMAT;
     Devices().Sweep();
     const HWAVEOUT number = Devices().NewHandle();
     auto opened =
@@ -190,7 +131,7 @@ void UseSilentDeviceByDefault() {
 }
 
 int CountWaveDevices() {
-    return Devices().Count();
+    return Devices().Count() + CountWaveInputs();
 }
 
 } // namespace kelvo::platform

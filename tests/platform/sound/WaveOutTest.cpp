@@ -2,123 +2,37 @@
 // on the one that writes what it plays into a file.
 
 #include "platform/sound/HeardClock.h"
-#include "platform/sound/wave.h"
+#include "tests/platform/sound/SoundFixture.h"
 
-#include "platform/base/clock.h"
-#include "platform/base/threads.h"
-#include "platform/desktop/Desktop.h"
-#include "platform/desktop/messages.h"
-#include "platform/desktop/windows.h"
-
-#include <gtest/gtest.h>
-
-#include <algorithm>
 #include <array>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <numeric>
 #include <unistd.h>
-#include <vector>
 
 namespace kelvo::platform {
 namespace {
 
-constexpr DWORD kDeadlineMs = 5000;
-
-class Desktop : public testing::Environment {
-public:
-    void SetUp() override {
-        setenv("QT_QPA_PLATFORM", "offscreen", 0);
-        ASSERT_TRUE(StartDesktop("sound tests"));
-    }
-    void TearDown() override { EndDesktop(); }
-};
-const auto* const kEnvironment = testing::AddGlobalTestEnvironment(new Desktop);
-
-struct Noted {
-    UINT message;
-    HWAVEOUT device;
-    WAVEHDR* header;
-    DWORD at_ms;
-};
-std::vector<Noted> g_noted;
-
-LRESULT NotingProcedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
-    if (message >= MM_WOM_OPEN && message <= MM_WOM_DONE) {
-        g_noted.push_back({message, reinterpret_cast<HWAVEOUT>(wparam),
-                           reinterpret_cast<WAVEHDR*>(lparam), GetTickCount()});
-    }
-    return DefWindowProcA(window, message, wparam, lparam);
-}
-
-WAVEFORMATEX Pcm(DWORD rate, WORD bits) {
-    WAVEFORMATEX format{};
-    format.wFormatTag = WAVE_FORMAT_PCM;
-    format.nChannels = 1;
-    format.nSamplesPerSec = rate;
-    format.wBitsPerSample = bits;
-    format.nBlockAlign = static_cast<WORD>(bits / 8);
-    format.nAvgBytesPerSec = rate * format.nBlockAlign;
-    return format;
-}
-
-class WaveOut : public testing::Test {
+/// On the silent driver, unless a test says otherwise.
+class WaveOut : public SoundFixture {
 protected:
-    void SetUp() override {
-        UseDriver("dummy");
-        WNDCLASSA window_class{};
-        window_class.lpfnWndProc = NotingProcedure;
-        window_class.lpszClassName = "NOTING";
-        RegisterClassA(&window_class);
-        window_ =
-            CreateWindowExA(0, "NOTING", "", 0, 0, 0, 10, 10, nullptr, nullptr, nullptr, nullptr);
-        ASSERT_NE(window_, nullptr);
-        g_noted.clear();
-    }
     void TearDown() override {
         if (device_ != nullptr) {
             waveOutReset(device_);
             waveOutClose(device_);
         }
-        EXPECT_TRUE(PumpUntil([] { return CountWaveDevices() == 0; }));
-        DestroyWindow(window_);
+        SoundFixture::TearDown();
     }
-    static void UseDriver(const char* name) { setenv("SDL_AUDIODRIVER", name, 1); }
-
     MMRESULT Open(const WAVEFORMATEX& format) {
         return waveOutOpen(&device_, WAVE_MAPPER, &format, reinterpret_cast<DWORD_PTR>(window_), 0,
                            CALLBACK_WINDOW);
-    }
-    template <class Condition>
-    static bool PumpUntil(Condition condition) {
-        const DWORD start = GetTickCount();
-        while (!condition()) {
-            if (GetTickCount() - start > kDeadlineMs) return false;
-            MSG message{};
-            while (PeekMessageA(&message, nullptr, 0, 0, PM_REMOVE) != FALSE) {
-                DispatchMessageA(&message);
-            }
-            Sleep(1);
-        }
-        return true;
-    }
-    static std::ptrdiff_t Count(UINT message) {
-        return std::ranges::count(g_noted, message, &Noted::message);
-    }
-    static WAVEHDR HeaderOf(std::vector<std::uint8_t>& bytes) {
-        WAVEHDR header{};
-        header.lpData = reinterpret_cast<LPSTR>(bytes.data());
-        header.dwBufferLength = static_cast<DWORD>(bytes.size());
-        return header;
     }
     void Queue(WAVEHDR& header) const {
         ASSERT_EQ(waveOutPrepareHeader(device_, &header, sizeof header), MMSYSERR_NOERROR);
         ASSERT_EQ(waveOutWrite(device_, &header, sizeof header), MMSYSERR_NOERROR);
     }
 
-    HWND window_ = nullptr;
     HWAVEOUT device_ = nullptr;
 };
 
@@ -146,7 +60,7 @@ TEST_F(WaveOut, SaysWhyItDoesNotOpen) {
 TEST_F(WaveOut, ReportsEachBufferOnceItHasBeenHeardThenItsClose) {
     ASSERT_EQ(Open(Pcm(11025, 8)), MMSYSERR_NOERROR);
     ASSERT_TRUE(PumpUntil([] { return Count(MM_WOM_OPEN) == 1; }));
-    EXPECT_EQ(g_noted[0].device, device_);
+    EXPECT_EQ(g_noted[0].device, reinterpret_cast<WPARAM>(device_));
     std::array<std::vector<std::uint8_t>, 2> bytes;
     bytes.fill(std::vector<std::uint8_t>(2205, 127));
     std::array<WAVEHDR, 2> headers = {HeaderOf(bytes[0]), HeaderOf(bytes[1])};
