@@ -168,10 +168,14 @@ int CWin::Create(HWND parent) {
     return FinishCreation();
 }
 
-int CWin::FinishCreation() {
+void CWin::MarkCreated() {
     no_window_ = 0;
-    BindWindow(window_, this);
     state_ |= kCreatedState;
+}
+
+int CWin::FinishCreation() {
+    MarkCreated();
+    BindWindow(window_, this);
     if (paint_background_ != 0) InvalidateRect(window_, nullptr, TRUE);
     return 1;
 }

@@ -128,6 +128,26 @@ protected:
     /// What the window procedure returns for a message that the handler reports handled; 1 until
     /// a handler sets it.
     void SetMessageResult(LRESULT result) { message_result_ = result; }
+    LRESULT MessageResult() const { return message_result_; }
+
+    // For windows that are created or run in a way of their own.
+
+    /// The window exists now; whoever calls this has bound it to the object.
+    void MarkCreated();
+    void StoreSize(LONG width, LONG height) {
+        width_ = width;
+        height_ = height;
+    }
+    /// Forgets an earlier request to end.
+    void BeginModalLoop();
+    void EndModalLoop() { modal_running_ = false; }
+    void RequestEnd(LPARAM result) {
+        end_requested_ = true;
+        end_result_ = result;
+    }
+    /// Whether the loop shall end: it was asked to, or WM_CLOSE or the end message came.
+    bool IsEndRequested() const { return end_requested_; }
+    LPARAM EndResult() const { return end_result_; }
 
 private:
     friend LRESULT CWinWndProc(HWND window, UINT message, WPARAM wparam, LPARAM lparam);

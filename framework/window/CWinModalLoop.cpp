@@ -47,9 +47,13 @@ bool CWin::MayDispatch(const MSG& message, const CWin* owner,
     return false;
 }
 
-LPARAM CWin::ModalRun(CWin* owner) {
+void CWin::BeginModalLoop() {
     end_requested_ = false;
     end_result_ = 0;
+    modal_running_ = true;
+}
+
+LPARAM CWin::ModalRun(CWin* owner) {
     if (!HasWindow()) {
         lum.ProcessMessages();
         if (instance_ == nullptr) instance_ = lum.Instance();
@@ -57,7 +61,7 @@ LPARAM CWin::ModalRun(CWin* owner) {
         if (Create() == 0) return 0; // the box has said why; there is nothing to wait for
     }
     const std::vector<HWND> owner_side = OwnerSide(owner);
-    modal_running_ = true;
+    BeginModalLoop();
     while (true) {
         MSG message{};
         const bool is_quit = GetMessageA(&message, nullptr, 0, 0) == 0;
