@@ -1,0 +1,30 @@
+#pragma once
+// The exhibits of the gallery, each shown until the visitor ends it. What the visitor did goes to
+// standard output, one line each, so that a test can read it.
+
+#include <string>
+
+namespace kelvo::gallery {
+
+/// Writes one line and lets it out at once.
+void Report(const std::string& line);
+
+// BoxExhibits.cpp: boxes and the dialogs that ask.
+void ShowMessageBoxes();
+void ShowInputBox();
+void ShowStringDialog();
+void ShowListDialog();
+void ShowControls();
+
+// PictureExhibits.cpp: owner-drawn buttons, pictures, frames, help tips, editing in place.
+void ShowPictures();
+
+// SystemExhibits.cpp: the dialogs that the desktop has for every program.
+void ShowOpenFile();
+void ShowSaveFile();
+void ShowFontChoice();
+
+// ToolExhibits.cpp: a bar of bitmap buttons, their tips, a menu of buttons.
+void ShowTools();
+
+} // namespace kelvo::gallery

@@ -1,0 +1,61 @@
+// gallery NAME: shows what no command of the player reaches. Without a name it lists what there is.
+
+#include "framework/window/LUM.h"
+#include "platform/base/resources.h"
+#include "platform/desktop/Desktop.h"
+#include "tests/gallery/Exhibits.h"
+
+#include <cstdio>
+#include <string_view>
+
+namespace kelvo::gallery {
+namespace {
+
+struct Exhibit {
+    std::string_view name;
+    void (*show)();
+};
+
+constexpr Exhibit kExhibits[] = {
+    {"boxes", ShowMessageBoxes}, {"controls", ShowControls},  {"font", ShowFontChoice},
+    {"input-box", ShowInputBox}, {"list", ShowListDialog},    {"open-file", ShowOpenFile},
+    {"pictures", ShowPictures},  {"save-file", ShowSaveFile}, {"string", ShowStringDialog},
+    {"tools", ShowTools},
+};
+
+const Exhibit* Find(std::string_view name) {
+    for (const Exhibit& one : kExhibits) {
+        if (one.name == name) return &one;
+    }
+    return nullptr;
+}
+
+int ListThem() {
+    for (const Exhibit& one : kExhibits) {
+        std::printf("%.*s\n", static_cast<int>(one.name.size()), one.name.data());
+    }
+    return 2;
+}
+
+} // namespace
+
+void Report(const std::string& line) {
+    std::printf("%s\n", line.c_str());
+    std::fflush(stdout);
+}
+
+int Run(std::string_view name) {
+    const Exhibit* exhibit = Find(name);
+    if (exhibit == nullptr) return ListThem();
+    if (!platform::StartDesktop("gallery")) return 1;
+    const bool started = lum.StartDefaultKernel(GetModuleHandleA(nullptr), "ProgramIcon") != 0;
+    if (started) exhibit->show();
+    platform::EndDesktop();
+    return started ? 0 : 1;
+}
+
+} // namespace kelvo::gallery
+
+int main(int argument_count, char** arguments) {
+    return kelvo::gallery::Run(argument_count > 1 ? arguments[1] : "");
+}
