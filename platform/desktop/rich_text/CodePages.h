@@ -15,6 +15,9 @@ inline constexpr int kWesternCodePage = 1252;
 /// @return none for the sets that leave it to the document, and for unknown ones.
 std::optional<int> CodePageOfCharacterSet(int character_set);
 
+/// @return the number itself, or 1252 where the code page is unknown.
+int KnownCodePage(int number);
+
 /// One code page, opened once and used for many texts.
 class CodePage {
 public:

@@ -28,8 +28,8 @@ struct TabStop {
 
 /// How characters look.
 struct CharacterFormat {
-    std::string family;             ///< UTF-8; empty: whatever the document's reader prefers
-    std::int32_t half_points = 24;  ///< size, 2 to 3276
+    std::string family;            ///< UTF-8; empty: whatever the document's reader prefers
+    std::int32_t half_points = 24; ///< size, 2 to 3276
     bool bold = false;
     bool italic = false;
     bool underline = false;
@@ -62,8 +62,8 @@ struct TextRun {
 
 struct Paragraph {
     ParagraphFormat format;
-    std::vector<TextRun> runs;  ///< none of them empty, no two neighbours of one format
-    CharacterFormat if_empty;   ///< what a text typed into it would look like; only without runs
+    std::vector<TextRun> runs; ///< none of them empty, no two neighbours of one format
+    CharacterFormat if_empty;  ///< what a text typed into it would look like; only without runs
 
     void Append(std::u16string_view text, const CharacterFormat& run_format) {
         if (text.empty()) return;

@@ -21,7 +21,7 @@ enum class RtfTokenKind : std::uint8_t {
 
 struct RtfToken {
     RtfTokenKind kind = RtfTokenKind::End;
-    std::string_view text; ///< of a word its name, of a symbol its character, of a text its bytes
+    std::string_view text{}; ///< of a word its name, of a symbol its character, of a text its bytes
     bool has_number = false;
     std::int32_t number = 0; ///< of a word, cut to 32 bits; of a hex byte its value
 };
