@@ -1,6 +1,7 @@
 #include "framework/window/CDc.h"
 #include "framework/window/CDialog.h"
 #include "framework/window/LUM.h"
+#include "platform/base/message_boxes.h"
 #include "platform/desktop/controls.h"
 #include "platform/desktop/dialogs.h"
 #include "platform/desktop/messages.h"
