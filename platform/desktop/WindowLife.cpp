@@ -14,6 +14,7 @@
 #include "platform/desktop/WindowTable.h"
 #include "platform/desktop/WindowTitle.h"
 #include "platform/desktop/WindowViews.h"
+#include "platform/desktop/controls/ControlClass.h"
 #include "platform/desktop/menus.h"
 #include "platform/desktop/messages.h"
 #include "platform/desktop/windows.h"
@@ -26,6 +27,7 @@
 #include <chrono>
 #include <optional>
 #include <thread>
+#include <utility>
 
 using namespace kelvo::desktop;
 
@@ -105,7 +107,7 @@ HWND AddToTable(const Creation& creation) {
     data->extended_style = asked.dwExStyle;
     data->rect = {asked.x, asked.y, asked.x + asked.cx, asked.y + asked.cy};
     data->extra.resize(static_cast<std::size_t>(creation.window_class->values.cbWndExtra));
-    if (asked.lpszName != nullptr) data->text = asked.lpszName;
+    if (!IS_INTRESOURCE(asked.lpszName)) data->text = asked.lpszName;
     return LockedWindows().Add(std::move(data));
 }
 
@@ -154,7 +156,19 @@ void MakeWidgets(HWND window, const Creation& creation) {
     view.surface->Attach(view.client);
     view.surface->Invalidate(nullptr, Erase::Yes);
     WatchWidget(view.client, window);
+    ClientWidget* const client = view.client;
+    client->setEnabled((static_cast<DWORD>(creation.asked.style) & WS_DISABLED) == 0 ||
+                       creation.kind == WindowKind::TopLevel);
     AddView(window, std::move(view));
+    if (creation.window_class->make_control == nullptr) return;
+    const ControlSetup setup{.window = window,
+                             .parent = creation.asked.hwndParent,
+                             .style = static_cast<DWORD>(creation.asked.style),
+                             .extended_style = creation.asked.dwExStyle,
+                             .instance = creation.asked.hInstance,
+                             .title = creation.asked.lpszName,
+                             .host = client};
+    ViewOf(window)->control = creation.window_class->make_control(setup);
 }
 
 void AttachMenu(HWND window, const Creation& creation) {
@@ -203,6 +217,16 @@ void CollectBelow(HWND window, std::vector<HWND>& all) {
     }
     for (const HWND child : children)
         CollectBelow(child, all);
+}
+
+/// Once: the window above may have destroyed this one when its own turn came.
+void SendDestroy(HWND window) {
+    {
+        LockedWindows windows;
+        WindowData* data = windows.Find(window);
+        if (data == nullptr || std::exchange(data->destroy_sent, true)) return;
+    }
+    CallWindow(window, WM_DESTROY, 0, 0);
 }
 
 void Bury(HWND window) {
@@ -259,17 +283,40 @@ BOOL DestroyWindow(HWND window) {
     {
         LockedWindows windows;
         const WindowData* data = windows.Find(window);
-        if (data == nullptr || data->kind == WindowKind::Desktop || data->dying) return FALSE;
+        if (data == nullptr || data->kind == WindowKind::Desktop || data->destroy_sent)
+            return FALSE;
         if (data->queue != MessageQueue::OfThisThreadIfAny()) return FALSE;
     }
     std::vector<HWND> all;
     CollectBelow(window, all);
     ::ShowWindow(window, SW_HIDE);
     for (const HWND each : all)
-        CallWindow(each, WM_DESTROY, 0, 0);
+        SendDestroy(each);
     for (auto each = all.rbegin(); each != all.rend(); ++each)
         Bury(*each);
     return TRUE;
+}
+
+BOOL EnableWindow(HWND window, BOOL enable) {
+    const auto call = [=]() -> LRESULT {
+        bool was_disabled = false;
+        {
+            LockedWindows windows;
+            WindowData* data = windows.Find(window);
+            if (data == nullptr || data->kind == WindowKind::Desktop) return FALSE;
+            was_disabled = (data->style & WS_DISABLED) != 0;
+            data->style = enable != FALSE ? data->style & ~WS_DISABLED : data->style | WS_DISABLED;
+        }
+        if (was_disabled == (enable == FALSE)) return was_disabled;
+        const WindowView* view = ViewOf(window);
+        // Controls in a disabled top-level window do not turn grey.
+        if (view != nullptr && view->client && !view->frame) {
+            view->client->setEnabled(enable != FALSE);
+        }
+        CallWindow(window, WM_ENABLE, enable != FALSE ? TRUE : FALSE, 0);
+        return was_disabled;
+    };
+    return static_cast<BOOL>(RunOnUiThread(call));
 }
 
 BOOL ShowWindow(HWND window, int command) {

@@ -56,7 +56,8 @@ struct WindowData {
     RECT rect{}; ///< whole window; a child's in its parent's client area, others on the screen
     POINT client_origin{}; ///< of a top-level window, on the screen
     bool has_menu = false;
-    bool dying = false;
+    bool dying = false;        ///< itself or one above it is being destroyed
+    bool destroy_sent = false; ///< WM_DESTROY has been sent
     std::vector<std::byte> extra;
     std::string text;
     std::map<std::string, HANDLE> properties;

@@ -60,6 +60,7 @@ private:
     bool OnPaint();
     bool OnLeftDown();
     bool OnLeftUp();
+    bool OnCaptureLost(HWND taken_by);
     void PostClick();
 
     std::int32_t command_id_;

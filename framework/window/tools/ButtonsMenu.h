@@ -31,6 +31,7 @@ public:
     enum class Post : bool { No, Yes };
 
     ButtonsMenu();
+    ~ButtonsMenu() override;
     bool HandleMessage(UINT message, WPARAM wparam, LPARAM lparam) override;
 
     void AddItem(const char* bitmap_name, std::int32_t command_id, const char* second_name,
@@ -53,15 +54,22 @@ public:
     void SetTracking(bool tracks) { tracks_mouse_ = tracks ? 1 : 0; }
 
 private:
-    enum class Step : std::uint8_t { GoOn, End, Left };
+    /// Whether the loop goes on with a message, or has nothing more to do.
+    enum class Verdict : bool { GoOn, Leave };
 
     bool IsVertical() const { return vertical_ != 0; }
+    LONG StripLength() const { return items_.Count() * button_size_; }
+    bool IsPressedItem(std::int32_t command_id) const;
+    void PlaceAt(LONG x, LONG y);
     int CreateMenu(CWin* owner);
-    bool OnCreate();
-    bool OnChoice(std::int32_t command_id);
-    Step Track(const MSG& message);
-    Step OnPointerMoved();
-    Step OnPress(const MSG& message, const CWin* owner);
+    void OnCreate();
+    void AddButtons();
+    void TakeRectangles();
+    Verdict Judge(const MSG& message);
+    Verdict OnPointerMoved();
+    Verdict OnWatch();
+    void OnPress(const MSG& message);
+    bool PassToAnchor(const MSG& message);
     bool MayDispatch(const MSG& message, const CWin* owner) const;
     void ShowAnchorTip();
     void HideTip();
@@ -75,10 +83,13 @@ private:
     LONG button_size_ = 0;
     MenuSide side_ = MenuSide::Below;
     CWin* anchor_ = nullptr;
-    RECT menu_rect_{}; ///< on the screen, widened at both ends
-    bool end_ = false; ///< the loop shall end
-    bool tip_timer_ = false;
-    LPARAM result_ = 0; ///< of the message that ended it, whichever loop took that
+    // While the loop runs; rectangles and points on the screen.
+    RECT menu_rect_{};
+    RECT neighbourhood_{}; ///< the menu, longer at both ends by a button
+    RECT anchor_rect_{};
+    POINT watched_pointer_{};
+    bool waits_for_tip_ = false;
+    bool shows_tip_ = false;
 };
 
 } // namespace kelvo

@@ -13,7 +13,6 @@ public:
     bool HandleMessage(UINT message, WPARAM wparam, LPARAM lparam) override;
     /// Makes the window and has it repainted at once.
     int Create() override;
-    using CWin::Create;
 
     /// Before Create for the frame; dragging may be switched at any time.
     void SetMovable(bool movable) { movable_ = movable ? 1 : 0; }
@@ -23,7 +22,6 @@ public:
 private:
     void OnGrab();
     void OnDrag();
-    void OnLetGo();
 
     BYTE movable_ = 0;
     BYTE dragging_ = 0;

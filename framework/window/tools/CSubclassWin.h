@@ -10,6 +10,7 @@ class CSubclassWin : public CWin {
 public:
     /// @param control_class  of the control, such as "EDIT"
     explicit CSubclassWin(const char* control_class);
+    ~CSubclassWin() override;
     bool HandleMessage(UINT message, WPARAM wparam, LPARAM lparam) override;
     /// Makes the control, a child exactly when it has a parent, and binds it. @return 1, or 0 after
     /// a box.
@@ -22,8 +23,6 @@ public:
 
 private:
     friend LRESULT SubclassWndProc(HWND window, UINT message, WPARAM wparam, LPARAM lparam);
-
-    bool OnSize();
 
     CString control_class_;
     WNDPROC previous_procedure_ = nullptr;
