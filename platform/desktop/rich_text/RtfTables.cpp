@@ -39,7 +39,9 @@ void RtfFontTable::AppendName(std::u16string_view part) {
     Entry* const entry = Current();
     if (entry == nullptr) return;
     const std::size_t end = part.find(u';');
-    const std::string name = Utf8Of(WithoutStrayUnits(part.substr(0, end)));
+    std::u16string clean = WithoutStrayUnits(part.substr(0, end));
+    std::erase_if(clean, [](char16_t unit) { return unit == u'\t' || unit == kLineBreak; });
+    const std::string name = Utf8Of(clean);
     if (entry->family.size() + name.size() <= kLongestFamily) entry->family += name;
     if (end != std::u16string_view::npos) in_entry_ = false;
 }

@@ -75,7 +75,8 @@ inline std::string PlainText(const RichText& text) {
     return plain;
 }
 
-/// A line for each paragraph and each run: "centre" then "  Arial 24 bold: text".
+/// A line for each paragraph and each run: "centre" then "  Arial 24 bold: text"; what an empty
+/// paragraph would look like is not told.
 inline std::string Describe(const RichText& text) {
     std::string lines;
     for (const Paragraph& paragraph : text.paragraphs) {
