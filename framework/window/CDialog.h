@@ -16,6 +16,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <vector>
 
 namespace kelvo {
 
@@ -89,6 +90,9 @@ public:
     void SetOptions(std::uint32_t options) { options_ = options; }
     std::uint32_t Options() const { return options_; }
     bool RunsModally() const { return modal_running_; }
+    /// Dispatches what waits, for long work in a handler of the dialog: its keys work meanwhile.
+    /// @param inert_owner  with its ancestors inert, as in the modal loop; null for none
+    void ProcessMessages(const CWin* inert_owner = nullptr);
 
     // Controls, by their numbers.
 
@@ -101,7 +105,7 @@ public:
     void SetControlDouble(int id, double value, int digits) const;
     /// In the fixed form of 15 characters.
     void SetControlFixed(int id, double value) const;
-    /// "0.0" while the absolute value lies below the threshold.
+    /// The same, but "0.0" while the absolute value lies below the threshold.
     void SetControlDoubleFrom(int id, double value, int digits, double threshold) const;
     CString ControlText(int id) const;
     /// Of at most 40 characters; 0 for a text that is no number.
@@ -181,21 +185,30 @@ private:
 
     class ControlColours;
 
-    bool MayCreate();
+    // What of the scheme is active.
+    static constexpr std::uint32_t kBackgroundActive = 4;
+    static constexpr std::uint32_t kTextActive = 8;
+
+    bool HasInstance();
     const void* LoadTemplate() const;
-    bool OfferToHelpers(UINT message, WPARAM wparam, LPARAM lparam);
-    std::optional<bool> NotifyOfControl(WPARAM wparam, LPARAM lparam);
-    bool ColourControl(HDC context, HWND control);
+    void ShowNotCreated() const;
+    void LoopUntilEnd(const CWin* owner);
+    void HandleModalMessage(MSG& message, const CWin* owner, const std::vector<HWND>& owner_side);
+    void HandleOwnerMessage(const MSG& message);
+    void FocusBack() const;
+    void OnEndMessage(LPARAM result);
+    std::optional<bool> OnCommand(UINT code, int id, HWND control);
+    std::optional<bool> OnSelection(UINT code, int id, HWND control);
     bool OnDrawItem(LPARAM lparam);
-    bool ApplyColourScheme(UINT message, WPARAM wparam, LPARAM lparam);
+    bool ColourControl(UINT message, HDC context, HWND control);
+    bool ApplyColourScheme(UINT message, HDC context, HWND control);
+    COLORREF SchemeControlsBackground() const;
     void MakeSchemeBrushes();
     void DeleteSchemeBrushes();
+    void OnSchemeChanged();
     ControlColours* FindColours(int id) const;
     ControlColours& ColoursOf(int id);
-    void RepaintControl(int id) const;
-    void LoopUntilEnd(CWin* owner);
-    void HandleModalMessage(MSG& message, const CWin* owner, const std::vector<HWND>& owner_side);
-    void FocusBack() const;
+    void Repaint(HWND window) const;
 
     COwnerDrawButtonArray owner_draw_buttons_;
     CObjArray control_colours_{CObjArray::kOwnsElements};
@@ -207,11 +220,12 @@ private:
     HBRUSH controls_brush_ = nullptr;
     std::uint32_t colour_flags_ = 0;
     std::uint32_t text_mask_ = 0xFFF;
-    std::uint32_t background_mask_ = 0xFFF;
+    std::uint32_t background_mask_;
     std::uint32_t controls_background_set_ = 0;
     bool modal_running_ = false;
     bool end_requested_ = false; ///< the end came through another loop than ours
     LPARAM end_result_ = 0;
+    std::vector<HWND> unpainted_; ///< of the owner's side, to be painted once the loop has ended
     bool has_context_help_ = false;
     std::uint32_t options_ = 0;
     CArray<RTFEditInfoStruct> rich_texts_;

@@ -1,8 +1,11 @@
 #include "framework/window/LUM.h"
 
+#include "framework/base/CString.h"
 #include "framework/base/PendingMessages.h"
 #include "framework/window/WindowProcedures.h"
 #include "platform/base/message_boxes.h"
+#include "platform/desktop/accelerators.h"
+#include "platform/desktop/controls.h"
 #include "platform/desktop/drawing.h"
 #include "platform/desktop/messages.h"
 
@@ -20,6 +23,11 @@ constexpr char kNamelessClass[] =
     "LUM::RegisterNewClass() - Tentativo di registrare una classe senza nome";
 constexpr char kNamelessDialogClass[] =
     "LUM::RegisterNewDialogClass() - Tentativo di registrare una classe senza nome";
+
+constexpr char kTableMissing[] = "Risorsa Accellerator: <%s> non trovata!";
+
+constexpr DWORD kInformationStyle = WS_VISIBLE | WS_DLGFRAME;
+constexpr SIZE kInformationSize{300, 100};
 
 constexpr std::array<const char*, LUM::kBitmapCount> kBitmapNames = {
     "lumBtmpPanOn",        "lumBtmpPanOff",        "lumBtmpZoomPlusOn", "lumBtmpZoomPlusOff",
@@ -139,6 +147,18 @@ WPARAM LUM::MessageLoop() {
     return message.wParam;
 }
 
+WPARAM LUM::AcceleratorLoop(const CWin& window, LPCSTR table_name) {
+    const HACCEL table = LoadAcceleratorsA(instance_, table_name);
+    if (table == nullptr) ErrorBoxFormat(kTableMissing, table_name);
+    MSG message{};
+    while (GetMessageA(&message, nullptr, 0, 0) != 0) {
+        if (TranslateAcceleratorA(window.Window(), table, &message) != 0) continue;
+        TranslateMessage(&message);
+        DispatchMessageA(&message);
+    }
+    return message.wParam;
+}
+
 int LUM::ProcessMessages() {
     MSG message{};
     while (PeekMessageA(&message, nullptr, 0, 0, PM_REMOVE) != FALSE) {
@@ -146,6 +166,22 @@ int LUM::ProcessMessages() {
         DispatchMessageA(&message);
     }
     return 1;
+}
+
+void LUM::ShowInformation(const CString& text) {
+    if (IsWindow(information_window_) == FALSE) {
+        information_window_ = CreateWindowExA(
+            WS_EX_TOPMOST, WC_EDIT, text.Text(), kInformationStyle, CW_USEDEFAULT, CW_USEDEFAULT,
+            kInformationSize.cx, kInformationSize.cy, nullptr, nullptr, instance_, nullptr);
+        return;
+    }
+    SetWindowTextA(information_window_, "");
+    SetWindowTextA(information_window_, text.Text());
+}
+
+void LUM::HideInformation() {
+    if (information_window_ != nullptr) DestroyWindow(information_window_);
+    information_window_ = nullptr;
 }
 
 COLORREF LUM::IndexColor(int index) {

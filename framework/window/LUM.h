@@ -11,6 +11,8 @@
 
 namespace kelvo {
 
+class CString;
+
 class LUM : public CObj {
 public:
     LUM();
@@ -45,12 +47,22 @@ public:
 
     /// Runs until WM_QUIT. @return the wParam of WM_QUIT
     WPARAM MessageLoop();
+    /// The same, but the keys of an accelerator table become commands of the window first. A table
+    /// that is missing is reported in a box, and the loop runs without.
+    WPARAM AcceleratorLoop(const CWin& window, LPCSTR table_name);
     /// Dispatches what is queued and returns 1 without waiting; long operations call it to keep
     /// windows painted.
     int ProcessMessages();
 
     /// One of the sixteen standard colours; any other index gives 0.
     static COLORREF IndexColor(int index);
+
+    /// Shows a text in a small window above all others; once it is there, the text is replaced.
+    void ShowInformation(const CString& text);
+    /// Takes the window with the text away.
+    void HideInformation();
+    /// 0 when none is shown.
+    HWND InformationWindow() const { return information_window_; }
 
     static constexpr std::size_t kBitmapCount = 11;
     static constexpr std::size_t kCursorCount = 4;
@@ -69,6 +81,7 @@ private:
     std::array<HCURSOR, kCursorCount> cursors_{};
     HINSTANCE instance_ = nullptr;
     HMODULE resource_module_ = nullptr;
+    HWND information_window_ = nullptr;
 };
 
 /// The kernel, constructed before the entry routine and destroyed after it.

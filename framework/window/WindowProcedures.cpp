@@ -1,6 +1,8 @@
 #include "framework/window/WindowProcedures.h"
 
+#include "framework/window/CDialog.h"
 #include "framework/window/CWin.h"
+#include "platform/desktop/dialogs.h"
 #include "platform/desktop/messages.h"
 
 namespace kelvo {
@@ -10,8 +12,13 @@ CWin* BoundObject(HWND window) {
     return reinterpret_cast<CWin*>(GetWindowLongPtrA(window, kObjectOffset));
 }
 
-CWin* CreationObject(LPARAM lparam) {
-    return static_cast<CWin*>(reinterpret_cast<const CREATESTRUCTA*>(lparam)->lpCreateParams);
+CDialog* BoundDialog(HWND window) {
+    return reinterpret_cast<CDialog*>(GetWindowLongPtrA(window, kDialogObjectOffset));
+}
+
+template <class Object>
+Object* CreationObject(LPARAM lparam) {
+    return static_cast<Object*>(reinterpret_cast<const CREATESTRUCTA*>(lparam)->lpCreateParams);
 }
 
 } // namespace
@@ -23,7 +30,7 @@ void BindWindow(HWND window, CWin* object) {
 LRESULT CWinWndProc(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
     CWin* object = nullptr;
     if (message == WM_NCCREATE) {
-        object = CreationObject(lparam);
+        object = CreationObject<CWin>(lparam);
         BindWindow(window, object);
         if (object != nullptr) object->window_ = window;
     } else {
@@ -36,12 +43,35 @@ LRESULT CWinWndProc(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
     return DefWindowProcA(window, message, wparam, lparam);
 }
 
-LRESULT CDialogWndProc(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
-    if (message == WM_NCCREATE) {
-        SetWindowLongPtrA(window, kDialogObjectOffset,
-                          reinterpret_cast<LONG_PTR>(CreationObject(lparam)));
+void BindDialog(HWND window, CDialog* object) {
+    SetWindowLongPtrA(window, kDialogObjectOffset, reinterpret_cast<LONG_PTR>(object));
+}
+
+INT_PTR LumDlgProc(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
+    if (message == WM_INITDIALOG) {
+        auto* const bound = reinterpret_cast<CDialog*>(lparam);
+        BindDialog(window, bound);
+        if (bound != nullptr) {
+            bound->SetWindow(window);
+            // From here on the handler may end the dialog, and its WM_DESTROY counts.
+            bound->MarkCreated();
+        }
     }
-    return DefWindowProcA(window, message, wparam, lparam);
+    CDialog* const object = BoundDialog(window);
+    if (object == nullptr) return FALSE;
+    object->SetMessageResult(1);
+    if (!object->HandleMessage(message, wparam, lparam)) return FALSE;
+    return object->MessageResult();
+}
+
+LRESULT CDialogWndProc(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
+    if (message == WM_NCCREATE) BindDialog(window, CreationObject<CDialog>(lparam));
+    CDialog* const object = BoundDialog(window);
+    if (object != nullptr) {
+        object->SetMessageResult(1);
+        if (object->HandleClassMessage(message, wparam, lparam)) return object->MessageResult();
+    }
+    return DefDlgProcA(window, message, wparam, lparam);
 }
 
 } // namespace kelvo

@@ -6,6 +6,7 @@
 
 namespace kelvo {
 
+class CDialog;
 class CWin;
 
 /// Window extra bytes: where the object stands in a window of RegisterNewClass's classes, and how
@@ -19,11 +20,17 @@ inline constexpr int kDialogExtraBytes = kDialogObjectOffset + static_cast<int>(
 
 /// Stores the object with a window of RegisterNewClass's classes.
 void BindWindow(HWND window, CWin* object);
+/// Stores the object with a dialog.
+void BindDialog(HWND window, CDialog* object);
 
 /// Runs every class of RegisterNewClass: binds the object at WM_NCCREATE, then calls its
 /// HandleMessage and falls back to the default procedure.
 LRESULT CWinWndProc(HWND window, UINT message, WPARAM wparam, LPARAM lparam);
-/// Runs the dialog classes: binds the object at WM_NCCREATE.
+/// What the dialog manager asks: binds the object at WM_INITDIALOG, then calls its HandleMessage.
+/// @return FALSE for what it did not handle, else the message result
+INT_PTR LumDlgProc(HWND window, UINT message, WPARAM wparam, LPARAM lparam);
+/// Runs the dialog classes: binds the object at WM_NCCREATE, then calls its HandleClassMessage and
+/// falls back to the dialog manager.
 LRESULT CDialogWndProc(HWND window, UINT message, WPARAM wparam, LPARAM lparam);
 
 } // namespace kelvo

@@ -14,18 +14,6 @@ inline constexpr UINT WM_NEXTDLGCTL = 0x0028;
 /// wParam: the control that will get the focus; lParam: the last argument of the creating call.
 inline constexpr UINT WM_INITDIALOG = 0x0110;
 
-/// Sent to the dialog for F1; lParam: the HELPINFO.
-inline constexpr UINT WM_HELP = 0x0053;
-inline constexpr int HELPINFO_WINDOW = 1;
-struct HELPINFO {
-    UINT cbSize;
-    int iContextType;   ///< HELPINFO_WINDOW
-    int iCtrlId;        ///< of the control that has the focus
-    HANDLE hItemHandle; ///< that control
-    DWORD_PTR dwContextId;
-    POINT MousePos; ///< on the screen
-};
-
 /// Sent to the dialog when F1 goes down; lParam points at a HELPINFO.
 inline constexpr UINT WM_HELP = 0x0053;
 inline constexpr int HELPINFO_WINDOW = 1;

@@ -209,6 +209,8 @@ HWND GetFocus();
 
 /// Adds to what the next WM_PAINT will paint; 0 means the whole client area. Any thread.
 BOOL InvalidateRect(HWND window, const RECT* rect, BOOL erase);
+/// Takes it away from what the next WM_PAINT will paint; 0 means the whole client area. Any thread.
+BOOL ValidateRect(HWND window, const RECT* rect);
 /// Sends WM_PAINT at once if there is something to paint.
 BOOL UpdateWindow(HWND window);
 
