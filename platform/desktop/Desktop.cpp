@@ -10,6 +10,7 @@
 #include "platform/desktop/WindowMenus.h"
 #include "platform/desktop/WindowTable.h"
 #include "platform/desktop/WindowViews.h"
+#include "platform/desktop/controls/ControlClass.h"
 #include "platform/desktop/windows.h"
 
 #include <QApplication>
@@ -96,6 +97,7 @@ bool StartDesktop(const char* program_name) {
     std::setlocale(LC_NUMERIC, "C"); // the toolkit has just taken the environment's
     QApplication::setQuitOnLastWindowClosed(false);
     the_application->loop = std::make_unique<UiLoop>();
+    RegisterStandardControls();
     NoteScreen();
     the_application->handler_before = SetMessageBoxHandler(&ShowMessageBox);
     return true;

@@ -253,6 +253,23 @@ public:
         windows_[widget] = window;
         widget->installEventFilter(this);
     }
+    void WatchAll(QWidget* widget, HWND window) {
+        if (widget->isWindow()) return; // an open list looks after its input itself
+        controls_[widget] = window;
+        widget->installEventFilter(this);
+        for (QObject* child : widget->children()) {
+            if (child->isWidgetType()) WatchAll(static_cast<QWidget*>(child), window);
+        }
+    }
+    HWND WindowOf(const QWidget* widget) const {
+        for (; widget != nullptr; widget = widget->parentWidget()) {
+            if (const auto found = windows_.find(widget); found != windows_.end()) {
+                return found->second;
+            }
+            if (widget->isWindow()) break;
+        }
+        return nullptr;
+    }
     void WatchMenuBar(QWidget* bar, HWND window) {
         menu_bars_[bar] = window;
         bar->installEventFilter(this);
@@ -260,6 +277,7 @@ public:
     void Forget(HWND window) {
         const auto is_of_window = [&](const auto& entry) { return entry.second == window; };
         std::erase_if(windows_, is_of_window);
+        std::erase_if(controls_, is_of_window);
         std::erase_if(menu_bars_, is_of_window);
     }
 
@@ -358,7 +376,7 @@ private:
     }
 
     std::map<const QObject*, HWND> windows_;
-    std::map<const QObject*, HWND> controls_; ///< widgets in the client area of a control
+    std::map<const QObject*, HWND> controls_;  ///< widgets in the client area of a control
     std::map<const QObject*, HWND> menu_bars_; ///< they keep their events
 };
 

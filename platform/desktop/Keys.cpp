@@ -38,4 +38,16 @@ WPARAM VirtualKey(const QKeyEvent& event) {
     return 0;
 }
 
+int ToolkitKey(WPARAM number) {
+    if ((number >= '0' && number <= '9') || (number >= 'A' && number <= 'Z')) {
+        return static_cast<int>(number);
+    }
+    if (number >= VK_F1 && number < VK_F1 + 24)
+        return Qt::Key_F1 + static_cast<int>(number - VK_F1);
+    for (const Key& known : kKeys) {
+        if (known.number == number) return known.toolkit;
+    }
+    return 0;
+}
+
 } // namespace kelvo::desktop

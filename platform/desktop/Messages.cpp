@@ -28,6 +28,8 @@ constexpr std::chrono::milliseconds kLeastTimerPeriod{10};
 constexpr std::chrono::milliseconds kLongestWait{100};
 
 thread_local std::shared_ptr<QEvent> input_in_dispatch;
+thread_local HWND window_in_dispatch = nullptr;
+thread_local UINT message_in_dispatch = WM_NULL;
 thread_local int dispatch_depth = 0;
 
 std::optional<MSG> NextPaint(const MessageFilter& filter) {
@@ -127,6 +129,11 @@ std::shared_ptr<QEvent> InputInDispatch() {
     return input_in_dispatch;
 }
 
+std::shared_ptr<QEvent> InputBehindMessage(HWND window, UINT message) {
+    const bool is_this = window == window_in_dispatch && message == message_in_dispatch;
+    return is_this ? input_in_dispatch : nullptr;
+}
+
 LRESULT CallWindow(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
     WNDPROC procedure = nullptr;
     {
@@ -191,19 +198,25 @@ LRESULT DispatchMessageA(const MSG* message) {
     if (message == nullptr) return 0;
     const auto queue = MessageQueue::OfThisThread();
     struct Dispatch {
-        explicit Dispatch(std::shared_ptr<QEvent> input)
-            : input_before(std::exchange(input_in_dispatch, std::move(input))) {
+        Dispatch(std::shared_ptr<QEvent> input, const MSG& of)
+            : input_before(std::exchange(input_in_dispatch, std::move(input))),
+              window_before(std::exchange(window_in_dispatch, of.hwnd)),
+              message_before(std::exchange(message_in_dispatch, of.message)) {
             ++dispatch_depth;
         }
         ~Dispatch() {
             input_in_dispatch = input_before;
+            window_in_dispatch = window_before;
+            message_in_dispatch = message_before;
             --dispatch_depth;
         }
         Dispatch(const Dispatch&) = delete;
         Dispatch& operator=(const Dispatch&) = delete;
         std::shared_ptr<QEvent> input_before;
+        HWND window_before;
+        UINT message_before;
     };
-    const Dispatch dispatch(queue->InputBehind(*message));
+    const Dispatch dispatch(queue->InputBehind(*message), *message);
     if (message->message == WM_TIMER && message->lParam != 0) {
         const auto procedure = reinterpret_cast<TIMERPROC>(message->lParam);
         // Anybody may post a WM_TIMER: only a procedure that a timer names is called.

@@ -52,6 +52,10 @@ void Surface::Attach(QWidget* widget) {
     widget_ = widget;
 }
 
+void Surface::OnDelivery(std::function<void(const QRect&)> listener) {
+    listener_ = std::move(listener);
+}
+
 void Surface::Resize(QSize size) {
     // The new pixels are made before the lock is taken: a drawing thread waits for the copy alone.
     QImage resized(size.expandedTo({0, 0}), QImage::Format_RGB32);
@@ -73,6 +77,7 @@ void Surface::Close() {
     image_ = QImage();
     pending_ = {};
     widget_ = nullptr;
+    listener_ = nullptr;
 }
 
 QSize Surface::Size() {
@@ -144,7 +149,12 @@ void Surface::DeliverChanges() {
         const std::lock_guard lock(changed_mutex_);
         changed = std::exchange(changed_, QRect());
     }
-    if (widget_ && !changed.isEmpty()) widget_->update(changed);
+    if (!widget_ || changed.isEmpty()) return;
+    if (listener_) {
+        listener_(changed);
+    } else {
+        widget_->update(changed);
+    }
 }
 
 void RegisterSurface(const std::shared_ptr<Surface>& surface) {

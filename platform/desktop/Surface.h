@@ -16,6 +16,7 @@
 #include <QSize>
 #include <QWidget>
 
+#include <functional>
 #include <memory>
 #include <mutex>
 
@@ -63,6 +64,8 @@ public:
 
     /// The widget to update when something was drawn; UI thread only.
     void Attach(QWidget* widget);
+    /// In place of that: who is told what was drawn; UI thread only.
+    void OnDelivery(std::function<void(const QRect&)> listener);
     /// Keeps what fits, new pixels are white; the invalid rectangle is cut. UI thread only.
     void Resize(QSize size);
     /// The window goes: from now on drawing fails. UI thread only.
@@ -92,8 +95,9 @@ public:
 private:
     const HWND window_;
     const OwnContext own_context_;
-    QPointer<QWidget> widget_; ///< UI thread only
-    PendingPaint pending_;     ///< under mutex_
+    QPointer<QWidget> widget_;                   ///< UI thread only
+    std::function<void(const QRect&)> listener_; ///< UI thread only
+    PendingPaint pending_;                       ///< under mutex_
     std::mutex changed_mutex_;
     QRect changed_; ///< under changed_mutex_
 };

@@ -11,6 +11,7 @@
 #include "platform/desktop/WindowTable.h"
 #include "platform/desktop/WindowTitle.h"
 #include "platform/desktop/WindowViews.h"
+#include "platform/desktop/controls/ControlClass.h"
 #include "platform/desktop/drawing.h"
 #include "platform/desktop/messages.h"
 #include "platform/desktop/windows.h"
@@ -55,6 +56,19 @@ LRESULT SetText(HWND window, LPCSTR text) {
     }
     ApplyTitle(window);
     return TRUE;
+}
+
+LONG_PTR SetStyle(HWND window, DWORD style) {
+    DWORD before = 0;
+    {
+        LockedWindows windows;
+        WindowData* data = windows.Find(window);
+        if (data == nullptr || data->kind == WindowKind::Desktop) return 0;
+        before = std::exchange(data->style, style);
+    }
+    const WindowView* view = OnUiThread() ? ViewOf(window) : nullptr;
+    if (view != nullptr && view->control) view->control->OnStyleChanged(before, style);
+    return static_cast<LONG_PTR>(before);
 }
 
 LRESULT CopyText(HWND window, std::size_t capacity, LPSTR buffer) {
@@ -107,6 +121,11 @@ LRESULT DefWindowProcA(HWND window, UINT message, WPARAM wparam, LPARAM lparam) 
     case WM_NCLBUTTONDOWN:
         SizeByMouse(window, wparam);
         return 0;
+    case WM_MOUSEWHEEL: {
+        const HWND parent = ::GetParent(window);
+        const bool is_child = (::GetWindowLongPtrA(window, GWL_STYLE) & LONG_PTR{WS_CHILD}) != 0;
+        return is_child && parent != nullptr ? ::SendMessageA(parent, message, wparam, lparam) : 0;
+    }
     case WM_IME_COMPOSITION:
         PostComposedText(window);
         return 0;
@@ -135,6 +154,23 @@ int GetWindowTextA(HWND window, LPSTR text, int capacity) {
 
 BOOL IsWindow(HWND window) {
     return LockedWindows().Find(window) != nullptr ? TRUE : FALSE;
+}
+
+BOOL IsWindowEnabled(HWND window) {
+    LockedWindows windows;
+    const WindowData* data = windows.Find(window);
+    return data != nullptr && (data->style & WS_DISABLED) == 0 ? TRUE : FALSE;
+}
+
+int GetClassNameA(HWND window, LPSTR name, int capacity) {
+    LockedWindows windows;
+    const WindowData* data = windows.Find(window);
+    if (data == nullptr || !data->window_class || name == nullptr || capacity <= 0) return 0;
+    const std::string& whole = data->window_class->name;
+    const std::size_t length = std::min(whole.size(), static_cast<std::size_t>(capacity) - 1);
+    std::memcpy(name, whole.data(), length);
+    name[length] = '\0';
+    return static_cast<int>(length);
 }
 
 BOOL IsWindowVisible(HWND window) {
@@ -183,6 +219,7 @@ LONG_PTR GetWindowLongPtrA(HWND window, int index) {
 }
 
 LONG_PTR SetWindowLongPtrA(HWND window, int index, LONG_PTR value) {
+    if (index == GWL_STYLE) return SetStyle(window, static_cast<DWORD>(value));
     LockedWindows windows;
     WindowData* data = windows.Find(window);
     if (data == nullptr || data->kind == WindowKind::Desktop) return 0;
@@ -193,8 +230,6 @@ LONG_PTR SetWindowLongPtrA(HWND window, int index, LONG_PTR value) {
         data->procedure = reinterpret_cast<WNDPROC>(value);
         return before;
     }
-    case GWL_STYLE:
-        return static_cast<LONG_PTR>(std::exchange(data->style, static_cast<DWORD>(value)));
     case GWL_EXSTYLE:
         return static_cast<LONG_PTR>(
             std::exchange(data->extended_style, static_cast<DWORD>(value)));
@@ -239,6 +274,13 @@ BOOL InvalidateRect(HWND window, const RECT* rect, BOOL erase) {
     if (!surface) return FALSE;
     surface->Invalidate(rect, erase != FALSE ? Erase::Yes : Erase::No);
     WakeUiThread();
+    return TRUE;
+}
+
+BOOL ValidateRect(HWND window, const RECT* rect) {
+    const auto surface = SurfaceOf(window);
+    if (!surface) return FALSE;
+    surface->Validate(rect);
     return TRUE;
 }
 
