@@ -36,7 +36,7 @@ Error RewriteTarget::Begin(const std::string& destination, Kind kind) {
     buffer_.clear();
     buffer_.reserve(kBufferBytes);
     size_ = 0;
-    switch (temporary_.Make(TemporaryNameFor(destination))) {
+    switch (temporary_.Make(TemporaryNameFor(destination), destination)) {
     case platform::Claim::Taken:
         break;
     case platform::Claim::Busy:

@@ -202,7 +202,7 @@ Error UndoFile::Recover(const std::string& name) {
 
 Error UndoFile::Save(const std::string& name, const ContainerHeader& header, ByteView user_header,
                      const RecordIndex& index, std::uint64_t length) {
-    const Claim claim = file_.Make(name + kSuffix, kMark);
+    const Claim claim = file_.Make(name + kSuffix, kMark, name);
     if (claim != Claim::Taken) return {FaultOf(claim), 0};
 
     const auto header_bytes = HeaderBytes(header);

@@ -13,6 +13,7 @@
 #include <cassert>
 #include <cerrno>
 #include <cstdlib>
+#include <optional>
 #include <tuple>
 #include <utility>
 
@@ -27,6 +28,7 @@ constexpr std::array<std::uint8_t, kOwnMarkBytes> kTemporaryMark = {
 // that bears it was made here, by a run that was killed before it could write the mark.
 constexpr mode_t kOwnFileMode = S_ISVTX | 0666;
 constexpr mode_t kPermissions = 0777;
+constexpr mode_t kOwnerReadsAndWrites = S_IRUSR | S_IWUSR;
 
 constexpr int kAttempts = 5;
 
@@ -45,6 +47,17 @@ int OpenFile(const std::string& name, int flags, mode_t mode = 0) {
 bool Truncate(int file, std::uint64_t size) {
     return Repeated([&] { return CurrentFileCalls().ftruncate(file, static_cast<off_t>(size)); }) ==
            0;
+}
+
+/// The regular file of that name.
+std::optional<struct stat> StatusOf(const std::string& name) {
+    struct stat status{};
+    if (name.empty() ||
+        Repeated([&] { return CurrentFileCalls().lstat(name.c_str(), &status); }) != 0 ||
+        !S_ISREG(status.st_mode)) {
+        return std::nullopt;
+    }
+    return status;
 }
 
 bool SameFile(const struct stat& a, const struct stat& b) {
@@ -167,23 +180,42 @@ Claim OwnFile::TakeOver(OwnMark mark) {
     return Claim::Failed;
 }
 
-Claim OwnFile::Make(const std::string& name, OwnMark mark) {
+// What a kill leaves behind must open for reading and writing again, so its owner may always do
+// both.
+void OwnFile::MatchPermissions(const struct stat& model) {
+    // Only the system's owner may give a file away; for anybody else it stays theirs.
+    std::ignore = (::fchown(file_, model.st_uid, model.st_gid));
+    struct stat own{};
+    if (CurrentFileCalls().fstat(file_, &own) != 0) return;
+    mode_t permissions = (model.st_mode & kPermissions) | kOwnerReadsAndWrites;
+    if (own.st_gid != model.st_gid) permissions &= ~static_cast<mode_t>(S_IRWXG);
+    std::ignore = (::fchmod(file_, permissions | S_ISVTX));
+}
+
+Claim OwnFile::Make(const std::string& name, OwnMark mark, const std::string& permissions_of) {
     assert(!IsOpen());
+    const std::optional<struct stat> model = StatusOf(permissions_of);
+    const mode_t mode = model ? S_ISVTX | kOwnerReadsAndWrites : kOwnFileMode;
     for (int attempt = 0; attempt < kAttempts; ++attempt) {
-        file_ = OpenFile(name, O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, kOwnFileMode);
+        file_ = OpenFile(name, O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, mode);
         if (file_ < 0) {
             if (errno != EEXIST) return Claim::Failed;
             const Claim found = Find(name, mark);
             if (found == Claim::Failed) continue; // it has just gone
-            return found == Claim::Taken ? TakeOver(mark) : found;
+            if (found != Claim::Taken) return found;
+        } else {
+            name_ = name;
+            if (!TryLock(file_)) { // somebody took the fresh file for one that a kill left
+                Close();
+                return Claim::Busy;
+            }
+            if (!NameIsOurs()) {
+                Close();
+                continue;
+            }
         }
-        name_ = name;
-        if (!TryLock(file_)) { // somebody took the fresh file for one that a kill left
-            Close();
-            return Claim::Busy;
-        }
-        if (NameIsOurs()) return TakeOver(mark);
-        Close();
+        if (model) MatchPermissions(*model);
+        return TakeOver(mark);
     }
     return Claim::Busy;
 }
@@ -208,11 +240,11 @@ void OwnFile::Remove() {
     Close();
 }
 
-Claim DurableTemporary::Make(const std::string& name) {
+Claim DurableTemporary::Make(const std::string& name, const std::string& permissions_of) {
     assert(!IsOpen() && held_ < 0);
     std::ranges::fill(head_, std::uint8_t{0});
     size_ = 0;
-    return file_.Make(name, kTemporaryMark);
+    return file_.Make(name, kTemporaryMark, permissions_of);
 }
 
 bool DurableTemporary::WriteAt(std::uint64_t offset, std::span<const std::uint8_t> bytes) {
@@ -231,13 +263,9 @@ bool DurableTemporary::Finish(const std::string& permissions_of) {
     struct stat own{};
     if (CurrentFileCalls().fstat(file_.Handle(), &own) != 0) return false;
     mode_t permissions = own.st_mode & kPermissions;
-    struct stat model{};
-    if (!permissions_of.empty() &&
-        Repeated([&] { return CurrentFileCalls().lstat(permissions_of.c_str(), &model); }) == 0 &&
-        S_ISREG(model.st_mode)) {
-        permissions = model.st_mode & kPermissions;
-        // Only the system's owner may give a file away; for anybody else it stays theirs.
-        std::ignore = (::fchown(file_.Handle(), model.st_uid, model.st_gid));
+    if (const auto model = StatusOf(permissions_of)) {
+        permissions = model->st_mode & kPermissions;
+        std::ignore = (::fchown(file_.Handle(), model->st_uid, model->st_gid));
     }
     // From here on the mark at the end tells what the one at the start told.
     if (!file_.WriteAt(size_, kTemporaryMark) || !file_.Sync()) return false;

@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <span>
 #include <string>
+#include <sys/stat.h>
 
 namespace kelvo::platform {
 
@@ -35,7 +36,10 @@ public:
 
     /// Makes the file exclusively, locks it and puts the mark at its start. One that a kill left is
     /// taken over and emptied.
-    [[nodiscard]] Claim Make(const std::string& name, OwnMark mark);
+    /// @param permissions_of  the file whose content it will hold: never more people may read this
+    ///                        one than that. Ours by default when there is no such file
+    [[nodiscard]] Claim Make(const std::string& name, OwnMark mark,
+                             const std::string& permissions_of = {});
     /// Locks one that a kill left; its content stays. One without the mark at its start that is
     /// ours all the same (the kill came first) counts as Taken.
     [[nodiscard]] Claim Find(const std::string& name, OwnMark mark);
@@ -56,6 +60,7 @@ public:
 private:
     friend class DurableTemporary;
     Claim TakeOver(OwnMark mark);
+    void MatchPermissions(const struct stat& model);
     bool NameIsOurs() const;
     bool LooksOurs(OwnMark mark) const;
 
@@ -72,7 +77,8 @@ public:
     DurableTemporary(const DurableTemporary&) = delete;
     DurableTemporary& operator=(const DurableTemporary&) = delete;
 
-    [[nodiscard]] Claim Make(const std::string& name);
+    /// @param permissions_of  as OwnFile::Make
+    [[nodiscard]] Claim Make(const std::string& name, const std::string& permissions_of = {});
     bool IsOpen() const { return file_.IsOpen(); }
     const std::string& Name() const { return file_.Name(); }
     /// Bytes beyond the greatest offset written.

@@ -17,6 +17,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <fcntl.h>
+#include <functional>
 
 namespace kelvo::test {
 
@@ -289,6 +290,55 @@ TEST_F(Rewriting, OfALinkedFileReplacesTheFileAndNotTheLink) {
     EXPECT_EQ(NumberIn(Path("films/real.kvf"), 20), 99U);
     EXPECT_EQ(RecordNumbersIn(name_), Range(10));
 }
+
+struct PermissionCase {
+    const char* name;
+    mode_t film;
+    mode_t beside_it; ///< whoever wrote it may read and write it, whatever the film says
+};
+class RewritingPrivately : public Rewriting, public testing::WithParamInterface<PermissionCase> {};
+const PermissionCase kPermissionCases[] = {
+    {"ForItsOwnerAlone", 0600, 0600},
+    {"ForItsGroup", 0640, 0640},
+    {"ForReadingOnly", 0400, 0600},
+    {"ForAll", 0644, 0644},
+};
+TEST_P(RewritingPrivately, LetsNobodyReadWhatStandsBesideAFilmWhoMayNotReadTheFilm) {
+    const auto permissions = [this](const char* file) {
+        struct stat status{};
+        EXPECT_EQ(::stat(Path(file).c_str(), &status), 0) << file;
+        return status.st_mode & 0777;
+    };
+    class Watcher : public ProgressOwner {
+    public:
+        explicit Watcher(std::function<void()> watch) : watch_(std::move(watch)) {}
+        int ProgressNotify(int, int, const RewriteInformation&) override {
+            watch_();
+            return 0;
+        }
+
+    private:
+        std::function<void()> watch_;
+    };
+    MakeContainer(name_, {.type = 9});
+    ASSERT_EQ(::chmod(name_.c_str(), 0600), 0);
+    ASSERT_TRUE(file_.OpenExisting(name_.c_str()));
+    ASSERT_EQ(::chmod(name_.c_str(), GetParam().film), 0);
+    ASSERT_TRUE(
+        file_.InsertRecord(0, ByteVector(file_.RecordLength(), 3), ByteVector(file_.SideLength())));
+    EXPECT_EQ(permissions("film.kvf.undo"), GetParam().beside_it);
+    int watched = 0;
+    Watcher watcher([&] {
+        ++watched;
+        EXPECT_EQ(permissions("film.tmp"), GetParam().beside_it);
+    });
+    ASSERT_TRUE(file_.Recompress({.compression_type = 99}, &watcher));
+    EXPECT_GT(watched, 1);
+    EXPECT_EQ(permissions("film.kvf"), GetParam().film);
+    file_.AbandonChanges();
+}
+INSTANTIATE_TEST_SUITE_P(All, RewritingPrivately, testing::ValuesIn(kPermissionCases),
+                         [](const auto& test) { return std::string(test.param.name); });
 
 TEST_F(Rewriting, RefusesAFileThatIsOpenForEditingElsewhere) {
     MakeContainer(name_, {});
