@@ -1,9 +1,29 @@
 #include "framework/window/CProgressBar.h"
 
+#include "framework/base/XLanguageInfoClass.h"
 #include "framework/window/CDc.h"
+#include "platform/base/message_boxes.h"
 #include "platform/desktop/messages.h"
 
 namespace kelvo {
+namespace {
+
+constexpr std::int32_t kStopQuestionId = 1107;
+constexpr char kStopQuestion[] = "Si desidera interrompere il processo in corso ?";
+constexpr std::int32_t kStopCaptionId = 1108;
+constexpr char kStopCaption[] = "PROCESSO IN CORSO";
+
+bool BelongsTo(HWND window, HWND whole) {
+    return whole != nullptr && (window == whole || IsChild(whole, window) != FALSE);
+}
+
+bool WantsToStop(HWND owner) {
+    return MessageBoxA(owner, XLanguageInfoClass::Translate(kStopQuestionId, kStopQuestion),
+                       XLanguageInfoClass::Translate(kStopCaptionId, kStopCaption),
+                       MB_YESNO | MB_ICONQUESTION) == IDYES;
+}
+
+} // namespace
 
 CProgressBar::CProgressBar() {
     SetSize(kDefaultWidth, kDefaultHeight);
@@ -72,6 +92,32 @@ void CProgressBar::Update(const ProgressValues& values) {
     const HDC context = GetDC(painted_window_);
     PaintOn(context);
     ReleaseDC(painted_window_, context);
+}
+
+int CProgressBar::UpdateWithAbort(const ProgressValues& values) {
+    MSG message{};
+    bool quits = false;
+    while (PeekMessageA(&message, nullptr, 0, 0, PM_REMOVE) != FALSE) {
+        if (message.message == WM_QUIT) {
+            quits = true; // the program's own loop is to find it
+        } else if (!IsOnOwnerSide(message.hwnd)) {
+            TranslateMessage(&message);
+            DispatchMessageA(&message);
+        } else if (message.message == WM_PAINT) {
+            DispatchMessageA(&message);
+        } else if (message.message == WM_LBUTTONDOWN && WantsToStop(Parent()->Window())) {
+            if (quits) Quit();
+            return 0;
+        }
+    }
+    if (quits) Quit();
+    Update(values);
+    return 1;
+}
+
+bool CProgressBar::IsOnOwnerSide(HWND window) const {
+    return Parent() != nullptr && BelongsTo(window, Parent()->Window()) &&
+           !BelongsTo(window, Window());
 }
 
 ProgressValues CProgressBar::Values() const {

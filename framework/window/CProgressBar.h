@@ -37,8 +37,14 @@ public:
     /// Stores the values and repaints at once, without a message; does nothing while the bar has no
     /// window. Any thread.
     void Update(const ProgressValues& values);
+    /// The same for long work on the UI thread, which answers messages meanwhile: those of the bar
+    /// and of windows that have nothing to do with its owner. A left click on the owner asks
+    /// whether to stop; all else that the owner gets is dropped.
+    /// @return 0 when the person chose to stop (the values are then the old ones), else 1
+    int UpdateWithAbort(const ProgressValues& values);
 
 private:
+    bool IsOnOwnerSide(HWND window) const;
     bool OnPaint();
     bool OnClick(LONG x, LONG y);
     void PaintOn(HDC context);
