@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <sstream>
 
 namespace kelvo::test {
 
@@ -49,7 +50,9 @@ TEST_F(CommandLine, WrongUseIsOneLineAndExitCode2) {
         {"play"},
         {"--loud"},
         {"info"},
-        {"info", "a", "b"},
+        {"info", "--json", "--jsonl", "a"},
+        {"verify", "-o", "x", "a"},
+        {"rebuild", "-r", "a"},
         {"verify"},
         {"frames", Sample("cut.kva")},
         {"frames", Sample("cut.kva"), "--track", "smell"},
@@ -68,9 +71,10 @@ TEST_F(CommandLine, WrongUseIsOneLineAndExitCode2) {
 }
 
 TEST_F(CommandLine, HelpAndVersionAreResults) {
-    for (const char* command : {"info", "frames", "verify", "rebuild", "convert"}) {
+    for (const char* command : {"info", "frames", "verify", "rebuild", "convert", "types"}) {
         EXPECT_THAT(RunTool({"--help"}).output, HasSubstr(command));
         const ToolResult help = RunTool({command, "-h"});
+        EXPECT_EQ(help.output, RunTool({"help", command}).output);
         EXPECT_EQ(help.code, 0);
         EXPECT_THAT(help.output, HasSubstr(command));
         EXPECT_EQ(help.messages, "");
@@ -86,6 +90,67 @@ TEST_F(CommandLine, VerifyDoesEveryFileAndGivesTheWorstCode) {
     EXPECT_EQ(result.code, 1);
     EXPECT_THAT(result.output, HasSubstr(good + ": sound\n"));
     EXPECT_EQ(RunTool({"verify", Path("none.kvf"), good, damaged}).code, 2);
+}
+
+TEST_F(CommandLine, FilesComeFromFoldersAndListsAndAPairIsOneFilm) {
+    std::filesystem::create_directories(Path("films/old"));
+    Copy("square.kvf", "films/square.kvf");
+    Copy("square.kvf", "films/old/screen.kvf");
+    Copy("screen.kaf", "films/old/screen.kaf");
+    WriteFile(Path("films/notes.txt"), {'x'});
+    const auto names = [this](const std::vector<std::string>& arguments) {
+        const ToolResult result = RunTool(arguments, {.folder = Folder()});
+        EXPECT_EQ(result.code, 0) << result.messages;
+        std::vector<std::string> files;
+        for (std::istringstream lines(result.output); lines.good();) {
+            std::string line;
+            if (std::getline(lines, line) && !line.empty())
+                files.push_back(nlohmann::json::parse(line).at("file"));
+        }
+        return files;
+    };
+    const std::vector<std::string> both = {"films/old/screen.kvf", "films/square.kvf"};
+    EXPECT_EQ(names({"info", "-r", "films", "--jsonl"}), both);
+    const std::string list = std::string("films/old") + '\0' + "films/square.kvf";
+    WriteFile(Path("list"), {list.begin(), list.end()});
+    EXPECT_EQ(names({"verify", "-r", "-0", "list", "--jsonl"}), both);
+    const auto pair = nlohmann::json::parse(
+        RunTool({"info", "--json", Path("films/old/screen.kaf"), Path("films/old/screen.kvf")})
+            .output);
+    EXPECT_EQ(pair.at("files").size(), 1U);
+    EXPECT_TRUE(pair.at("files").at(0).contains("a"));
+    EXPECT_TRUE(pair.at("files").at(0).contains("v"));
+    EXPECT_EQ(RunTool({"verify", "-0", Path("none")}).code, 2);
+    EXPECT_EQ(RunTool({"verify", Path("films")}).code, 2);
+}
+
+TEST_F(CommandLine, DocumentsNameProblemsAndNamesThatAreNoText) {
+    const std::string name = Copy("cut.kva", "\xff.kva");
+    const ToolResult result = RunTool({"verify", name, "--json"});
+    EXPECT_EQ(result.code, 1);
+    const auto document = nlohmann::json::parse(result.output);
+    EXPECT_FALSE(document.at("intact"));
+    EXPECT_TRUE(document.contains("file_base64"));
+    EXPECT_EQ(document.at("problems").at(0).at("code"), "directory-damaged");
+    const ToolResult progress = RunTool({"verify", name, "-q", "--color", "always"});
+    EXPECT_EQ(progress.output, "");
+    EXPECT_THAT(progress.messages, StartsWith("\033[31mkelvotool:"));
+}
+
+TEST_F(CommandLine, CompletionScriptsNameEveryOptionOfHelp) {
+    for (const char* shell : {"bash", "zsh", "fish"}) {
+        const std::string script = RunTool({"completion", shell}).output;
+        for (const char* word : {"files0-from", "key-interval", "verify", "audio-type"})
+            EXPECT_THAT(script, HasSubstr(word)) << shell;
+    }
+    WriteFile(Path("script"), [] {
+        const std::string script = RunTool({"completion", "bash"}).output;
+        return Bytes(script.begin(), script.end());
+    }());
+    const std::string use = "source " + Path("script") +
+                            "; COMP_WORDS=(kelvotool verify --files); COMP_CWORD=2; _kelvotool; "
+                            "echo ${COMPREPLY[*]}";
+    EXPECT_EQ(RunProgram("/bin/bash", {"-c", use}).output, "--files0-from\n");
 }
 
 TEST_F(CommandLine, OutputThatCannotBeWrittenIsNotSuccess) {

@@ -1,0 +1,16 @@
+#include "tools/kelvotool/commands/Commands.h"
+
+namespace kelvo::tool {
+
+void AddAllCommands(CommandLine& line) {
+    AddInfo(line);
+    AddVerify(line);
+    AddFrames(line);
+    AddRebuild(line);
+    AddConvert(line);
+    AddTypes(line);
+    AddCompletion(line);
+    AddHelp(line);
+}
+
+} // namespace kelvo::tool
