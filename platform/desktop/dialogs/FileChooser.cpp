@@ -3,10 +3,13 @@
 #include "platform/base/file_names.h"
 #include "platform/desktop/dialogs/ItalianTexts.h"
 
+#include <QComboBox>
+#include <QDialogButtonBox>
 #include <QDir>
 #include <QGridLayout>
 #include <QLineEdit>
 #include <QMessageBox>
+#include <QPushButton>
 
 #include <sys/stat.h>
 
@@ -101,10 +104,21 @@ FileChooser::FileChooser(const Settings& settings)
     });
     connect(this, &QFileDialog::filterSelected, this, [this] { RefreshOddList(); });
     if (name_edit_ == nullptr) return;
+    connect(name_edit_, &QLineEdit::textChanged, this, [this] { LetTypedNamesPass(); });
     connect(name_edit_, &QLineEdit::textEdited, this, [this] {
         current_.clear();
         ForgetOdd();
     });
+}
+
+// The toolkit closes the way to folders that it cannot find; they may only be spelt differently,
+// and where there is none, the person is told.
+void FileChooser::LetTypedNamesPass() const {
+    const auto* const buttons = findChild<QDialogButtonBox*>(QStringLiteral("buttonBox"));
+    if (buttons == nullptr || name_edit_->text().isEmpty()) return;
+    QPushButton* const button = buttons->button(
+        acceptMode() == AcceptOpen ? QDialogButtonBox::Open : QDialogButtonBox::Save);
+    if (button != nullptr) button->setEnabled(true);
 }
 
 void FileChooser::SetUpTexts(const Settings& settings) {
@@ -215,8 +229,10 @@ QStringList FileChooser::CurrentPatterns() const {
 }
 
 std::size_t FileChooser::SelectedFilter() const {
-    const auto index = nameFilters().indexOf(selectedNameFilter());
-    return static_cast<std::size_t>(std::max<qsizetype>(index, 0));
+    const auto* const types = findChild<QComboBox*>(QStringLiteral("fileTypeCombo"));
+    const int index = types != nullptr ? types->currentIndex() : 0;
+    return std::min(static_cast<std::size_t>(std::max(index, 0)),
+                    std::max<std::size_t>(filters_.size(), 1) - 1);
 }
 
 std::string FileChooser::Typed() const {

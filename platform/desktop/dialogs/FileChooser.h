@@ -53,6 +53,7 @@ protected:
     void accept() override;
 
 private:
+    void LetTypedNamesPass() const;
     void SetUpTexts(const Settings& settings);
     void SetUpFilters(const std::vector<FileFilter>& filters, std::size_t selected);
     void StartAt(const Settings& settings);
@@ -76,7 +77,6 @@ private:
     std::string odd_selected_; ///< one of odd_list_
     std::string chosen_;
     bool folder_must_exist_;
-    bool sets_name_ = false;
 };
 
 } // namespace kelvo::desktop

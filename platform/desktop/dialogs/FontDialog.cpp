@@ -24,13 +24,16 @@ double PointsPerPixel(const QWidget& widget) {
     return kPointsPerInch / std::max(widget.logicalDpiY(), 1);
 }
 
+// Of a face that there is: the dialog knows no other ones.
 QFont ToolkitFont(const LOGFONTA& description, double points_per_pixel) {
-    QFont font;
+    RealisedFont realised;
     {
         const std::scoped_lock lock(TextMutex());
-        font = Font(description).Realise(1.0, 1.0).font;
+        realised = Font(description).Realise(1.0, 1.0);
     }
+    QFont font = realised.font;
     font.setPointSizeF(std::max(1.0, std::round(font.pixelSize() * points_per_pixel)));
+    font.setFamilies({QString::fromStdString(realised.face)});
     return font;
 }
 
