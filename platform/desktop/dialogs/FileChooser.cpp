@@ -3,9 +3,11 @@
 #include "platform/base/file_names.h"
 #include "platform/desktop/dialogs/ItalianTexts.h"
 
+#include <QAbstractItemView>
 #include <QComboBox>
 #include <QDialogButtonBox>
 #include <QDir>
+#include <QFileSystemModel>
 #include <QGridLayout>
 #include <QLineEdit>
 #include <QMessageBox>
@@ -92,12 +94,11 @@ FileChooser::FileChooser(const Settings& settings)
     name_edit_ = findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
     AddOddList();
     StartAt(settings);
-    connect(this, &QFileDialog::currentChanged, this, [this](const QString& path) {
-        if (path.isEmpty()) return;
-        ForgetOdd();
-        current_ = names_.BytesOf(path);
-        if (on_selected) on_selected();
-    });
+    const auto* const list = findChild<QAbstractItemView*>(QStringLiteral("listView"));
+    if (list != nullptr) {
+        connect(list->selectionModel(), &QItemSelectionModel::selectionChanged, this,
+                [this] { TakeSelection(); });
+    }
     connect(this, &QFileDialog::directoryEntered, this, [this] {
         RefreshOddList();
         if (on_folder_entered) on_folder_entered();
@@ -106,9 +107,22 @@ FileChooser::FileChooser(const Settings& settings)
     if (name_edit_ == nullptr) return;
     connect(name_edit_, &QLineEdit::textChanged, this, [this] { LetTypedNamesPass(); });
     connect(name_edit_, &QLineEdit::textEdited, this, [this] {
-        current_.clear();
+        is_typed_ = true;
         ForgetOdd();
     });
+}
+
+// The list also follows what is typed.
+void FileChooser::TakeSelection() {
+    const auto* const list = findChild<QAbstractItemView*>(QStringLiteral("listView"));
+    const QModelIndexList rows = list->selectionModel()->selectedRows();
+    current_ = rows.isEmpty()
+                   ? std::string()
+                   : names_.BytesOf(rows.first().data(QFileSystemModel::FilePathRole).toString());
+    if (rows.isEmpty()) return;
+    ForgetOdd();
+    is_typed_ = is_typed_ && name_edit_->hasFocus();
+    if (on_selected) on_selected();
 }
 
 // The toolkit closes the way to folders that it cannot find; they may only be spelt differently,
@@ -159,7 +173,6 @@ void FileChooser::StartAt(const Settings& settings) {
         return;
     }
     selectFile(QString::fromStdString(name));
-    current_.clear();
 }
 
 // ---- names that the toolkit cannot spell ----
@@ -196,7 +209,7 @@ void FileChooser::SelectOdd(const QListWidgetItem* item) {
     if (item == nullptr) return;
     const std::string name = item->data(Qt::UserRole).toByteArray().toStdString();
     odd_selected_ = Folder() + '/' + name;
-    current_.clear();
+    is_typed_ = false;
     if (name_edit_ != nullptr) name_edit_->setText(item->text());
     if (on_selected) on_selected();
 }
@@ -235,15 +248,18 @@ std::size_t FileChooser::SelectedFilter() const {
                     std::max<std::size_t>(filters_.size(), 1) - 1);
 }
 
-std::string FileChooser::Typed() const {
-    if (name_edit_ == nullptr || name_edit_->text().isEmpty()) return {};
-    const QStringList files = selectedFiles();
-    return files.isEmpty() ? std::string() : names_.BytesOf(files.first());
+std::string FileChooser::Named() const {
+    const QString text = name_edit_ != nullptr ? name_edit_->text() : QString();
+    if (text.isEmpty() || text.startsWith(u'/')) return QFile::encodeName(text).toStdString();
+    const bool at_home = text.startsWith(QStringLiteral("~/"));
+    const std::string folder =
+        at_home ? QFile::encodeName(QDir::homePath()).toStdString() : Folder();
+    return folder + '/' + QFile::encodeName(at_home ? text.mid(2) : text).toStdString();
 }
 
 std::string FileChooser::Selected() const {
     if (!odd_selected_.empty()) return odd_selected_;
-    return current_.empty() ? Typed() : current_;
+    return current_.empty() || is_typed_ ? Named() : current_;
 }
 
 // A name may be typed as on the systems that films come from: other letters, other separators.
@@ -254,7 +270,7 @@ std::optional<std::string> FileChooser::Resolve(const std::string& path) const {
 }
 
 void FileChooser::accept() {
-    const std::string path = !odd_selected_.empty() ? odd_selected_ : Typed();
+    const std::string path = Selected();
     if (path.empty()) return;
     const auto resolved = Resolve(path);
     if (!resolved) {
@@ -263,7 +279,6 @@ void FileChooser::accept() {
     }
     if (IsFolder(*resolved)) {
         if (name_edit_ != nullptr) name_edit_->clear();
-        current_.clear();
         Enter(*resolved);
         return;
     }
@@ -271,10 +286,9 @@ void FileChooser::accept() {
 }
 
 void FileChooser::Finish(const std::string& path) {
-    const std::string before = std::exchange(current_, path);
-    odd_selected_.clear();
+    const std::string before = std::exchange(odd_selected_, path); // whoever asks meanwhile
     if (may_accept && !may_accept()) {
-        current_ = before;
+        odd_selected_ = before;
         return;
     }
     chosen_ = path;

@@ -57,6 +57,7 @@ private:
     void SetUpTexts(const Settings& settings);
     void SetUpFilters(const std::vector<FileFilter>& filters, std::size_t selected);
     void StartAt(const Settings& settings);
+    void TakeSelection();
     void AddOddList();
     void RefreshOddList();
     void SelectOdd(const QListWidgetItem* item);
@@ -65,7 +66,7 @@ private:
     void Enter(const std::string& folder);
     std::string Folder() const;
     QStringList CurrentPatterns() const;
-    std::string Typed() const;
+    std::string Named() const;
     std::optional<std::string> Resolve(const std::string& path) const;
     void Finish(const std::string& path);
 
@@ -73,9 +74,10 @@ private:
     std::vector<FileFilter> filters_;
     QListWidget* odd_list_ = nullptr; ///< files whose names the toolkit cannot spell
     QLineEdit* name_edit_ = nullptr;
-    std::string current_;      ///< what the list stands on; empty once a name is typed
-    std::string odd_selected_; ///< one of odd_list_
+    std::string current_;      ///< what is selected in the toolkit's list
+    std::string odd_selected_; ///< what is selected in odd_list_
     std::string chosen_;
+    bool is_typed_ = false; ///< the name that stands there counts, not the list
     bool folder_must_exist_;
 };
 
