@@ -28,6 +28,7 @@ public:
                 const CString& title);
 
     bool HandleMessage(UINT message, WPARAM wparam, LPARAM lparam) override;
+    const PreviewView& PreviewArea() const { return preview_; }
 
 private:
     bool OnInitDialog();

@@ -170,6 +170,7 @@ UINT_PTR FileDialogHook(HWND dialog, UINT message, WPARAM wparam, LPARAM lparam)
     }
     if (templated.object == nullptr) return 0;
     CWin& object = *templated.object;
+    if (message == WM_INITDIALOG) object.no_window_ = 0;
     object.message_result_ = 1;
     if (!object.HandleMessage(message, wparam, lparam)) return 0;
     return static_cast<UINT_PTR>(object.message_result_);
