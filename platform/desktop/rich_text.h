@@ -14,14 +14,14 @@ HMODULE LoadLibraryA(LPCSTR name);
 /// @return FALSE for a handle that LoadLibraryA did not give, or that was freed as often already.
 BOOL FreeLibrary(HMODULE library);
 
-/// lParam: how many characters a person may enter; 0: 64000. Texts that are set or streamed in as
-/// RTF are not cut.
+/// wParam: how many characters a person may enter (32767 at first); 0: as many as there can be.
+/// Texts that are set or streamed in are not cut.
 inline constexpr UINT EM_EXLIMITTEXT = 0x00C5;
 /// lParam: the background colour, where wParam is 0; else the desktop's own.
 /// @return the colour before.
 inline constexpr UINT EM_SETBKGNDCOLOR = 0x0443;
-/// Replaces the content. wParam: SF_RTF or SF_TEXT; lParam: an EDITSTREAM. SF_TEXT is UTF-8, cut at
-/// the limit of EM_EXLIMITTEXT. @return the characters that were read.
+/// Replaces the content. wParam: SF_RTF or SF_TEXT; lParam: an EDITSTREAM. SF_TEXT is UTF-8.
+/// @return the characters that were read.
 inline constexpr UINT EM_STREAMIN = 0x0449;
 /// Hands the whole content out. wParam and lParam as with EM_STREAMIN.
 /// @return the characters that were written.
@@ -42,9 +42,10 @@ using EDITSTREAMCALLBACK = DWORD (*)(DWORD_PTR cookie, BYTE* buffer, LONG count,
 struct EDITSTREAM {
     DWORD_PTR dwCookie;
     /// Written by the control: 0, or what the callback returned when it stopped the stream;
-    /// kEditStreamBadFormat when what came in as RTF is none, and the content stayed.
+    /// one of the numbers below when what came in is of no use, and the content stayed.
     DWORD dwError;
     EDITSTREAMCALLBACK pfnCallback;
 };
 
-inline constexpr DWORD kEditStreamBadFormat = 0xFFFFFFF0;
+inline constexpr DWORD kEditStreamBadFormat = 0xFFFFFFF0; ///< came as RTF and is none
+inline constexpr DWORD kEditStreamTooLong = 0xFFFFFFF1;   ///< more than 64 MB
