@@ -13,6 +13,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 namespace kelvo::desktop {
 
@@ -110,19 +111,22 @@ void TemplatedFileWindow::TakeMeasures() {
     ::ShowWindow(placeholder, SW_HIDE);
 }
 
+// As large as the standard part likes to be, unless the screen is too small for that.
 void TemplatedFileWindow::SizeAndPlace() {
-    const QSize standard = chooser_->sizeHint().expandedTo(chooser_->minimumSizeHint());
-    const LONG extra_width = std::max<LONG>(template_size_.cx - placeholder_end_.cx, 0);
-    const LONG extra_height = std::max<LONG>(template_size_.cy - placeholder_end_.cy, 0);
-    RECT frame{0, 0, std::max<LONG>(standard.width(), placeholder_end_.cx) + extra_width,
-               std::max<LONG>(standard.height(), placeholder_end_.cy) + extra_height};
-    ::AdjustWindowRectEx(&frame, kStyle, FALSE, 0);
-    const LONG width = frame.right - frame.left;
-    const LONG height = frame.bottom - frame.top;
+    const QSize least =
+        chooser_->minimumSizeHint().expandedTo(QSize(placeholder_end_.cx, placeholder_end_.cy));
+    const QSize extra(std::max<LONG>(template_size_.cx - placeholder_end_.cx, 0),
+                      std::max<LONG>(template_size_.cy - placeholder_end_.cy, 0));
     const QRect screen = FrameOf(window_)->screen()->availableGeometry();
-    ::SetWindowPos(window_, nullptr, screen.x() + std::max<LONG>((screen.width() - width) / 2, 0),
-                   screen.y() + std::max<LONG>((screen.height() - height) / 2, 0), width, height,
-                   SWP_NOZORDER);
+    RECT edges{0, 0, 0, 0};
+    ::AdjustWindowRectEx(&edges, kStyle, FALSE, 0);
+    const QSize frame(edges.right - edges.left, edges.bottom - edges.top);
+    const QSize standard =
+        chooser_->sizeHint().boundedTo(screen.size() - extra - frame).expandedTo(least);
+    const QSize size = standard + extra + frame;
+    ::SetWindowPos(window_, nullptr, screen.x() + std::max((screen.width() - size.width()) / 2, 0),
+                   screen.y() + std::max((screen.height() - size.height()) / 2, 0), size.width(),
+                   size.height(), SWP_NOZORDER);
     LayOut();
 }
 
