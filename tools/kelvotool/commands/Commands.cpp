@@ -8,6 +8,9 @@ void AddAllCommands(CommandLine& line) {
     AddFrames(line);
     AddRebuild(line);
     AddConvert(line);
+    AddMux(line);
+    AddDemux(line);
+    AddLink(line);
     AddTypes(line);
     AddCompletion(line);
     AddHelp(line);

@@ -16,6 +16,11 @@ void AddFrames(CommandLine& line);
 void AddRebuild(CommandLine& line);
 /// The same film or track in another type.
 void AddConvert(CommandLine& line);
+/// Two tracks to one film and back, byte for byte.
+void AddMux(CommandLine& line);
+void AddDemux(CommandLine& line);
+/// The numbers that tie each image to the sound.
+void AddLink(CommandLine& line);
 /// The compression types.
 void AddTypes(CommandLine& line);
 /// A script for a shell that completes command lines.

@@ -5,6 +5,7 @@
 #include "framework/base/ProgressDisplay.h"
 #include "tools/kelvotool/commands/Commands.h"
 #include "tools/kelvotool/files/FileNames.h"
+#include "tools/kelvotool/files/NewTracks.h"
 #include "tools/kelvotool/film/ConversionRules.h"
 #include "tools/kelvotool/film/FilmDescription.h"
 #include "tools/kelvotool/film/TrackReader.h"
@@ -63,21 +64,10 @@ public:
     }
 
     void Write(const std::string& output, bool force) {
-        RewriteTarget target;
+        NewTrackFile file(output_reporter_, reporter_);
         const auto kind = film_.is_film ? RewriteTarget::Kind::Film : RewriteTarget::Kind::Track;
-        if (const Error error = target.Begin(output, kind); error.fault != Fault::None) {
-            output_reporter_.NotDone(BeginText(error, TemporaryNameFor(output)));
-            return;
-        }
-        if (!WriteTracks(target)) return;
-        if (const Error error = target.Finish(); error.fault != Fault::None) {
-            output_reporter_.NotDone(std::string(FileFaultText(error.fault)));
-            return;
-        }
-        if (StopRequested()) return;
-        if (force ? target.PutInPlace() : target.PutWhereNothingIs()) return;
-        target.Discard();
-        output_reporter_.NotDone("it cannot be put in its place");
+        const auto write = [this](RewriteTarget& target) { return WriteTracks(target); };
+        if (file.Write(output, kind, write)) file.Place(force);
     }
 
 private:
@@ -133,18 +123,7 @@ private:
         return true;
     }
 
-    static std::string BeginText(const Error& error, const std::string& temporary) {
-        switch (error.fault) {
-        case Fault::Mismatch:
-            return fmt::format("the file {} is in the way", temporary);
-        case Fault::Busy:
-            return "another program is writing it";
-        default:
-            return std::string(FileFaultText(error.fault));
-        }
-    }
-
-    bool WriteTracks(RewriteTarget& target) {
+    Error WriteTracks(RewriteTarget& target) {
         AVDirectory directory;
         for (std::size_t i = 0; i < plans_.size(); ++i) {
             const TrackPlan& plan = plans_[i];
@@ -152,22 +131,11 @@ private:
             const bool copied_behind = i + 1 < plans_.size() && !plans_[i + 1].reader;
             target.ReserveBehind(copied_behind ? plans_[i + 1].track->window.Size() : 0);
             const Error error = plan.reader ? WriteTrack(target, plan) : CopyTrack(target, plan);
-            if (!Succeeded(error)) return false;
+            if (error.fault != Fault::None) return error;
             auto& window = plan.track->kind == TrackKind::Audio ? directory.audio : directory.video;
             window = {start, static_cast<std::uint32_t>(target.Size())};
         }
-        return !film_.is_film || Succeeded(target.PutDirectory(directory));
-    }
-
-    bool Succeeded(const Error& error) {
-        if (error.fault == Fault::None) return true;
-        if (StopRequested()) return false;
-        const bool is_source = error.fault == Fault::Unreadable || error.fault == Fault::EndsEarly;
-        Reporter& reporter = is_source ? reporter_ : output_reporter_;
-        const char* const too_large = "it would become larger than 2147483647 bytes";
-        reporter.NotDone(error.fault == Fault::TooLarge ? too_large
-                                                        : std::string(FileFaultText(error.fault)));
-        return false;
+        return film_.is_film ? target.PutDirectory(directory) : Error{};
     }
 
     Error CopyTrack(RewriteTarget& target, const TrackPlan& plan) const {
