@@ -19,7 +19,9 @@ public:
     ChildProcess& Process() { return process_; }
     /// Waits until the window with this title is there, active and painted. @return whether it is
     bool WaitFor(const std::string& title);
-    /// The window that was last waited for; its client area.
+    /// The window that was last waited for.
+    VirtualScreen::WindowId WindowId() const { return window_; }
+    /// Its client area.
     Area Window() const;
     /// Tells the size of the window's template, in dialog units, for the places below.
     void UseUnits(int width, int height) { units_ = {0, 0, width, height}; }

@@ -22,7 +22,7 @@ struct Picture {
     UINT flags;
 };
 constexpr Picture kPictures[] = {
-    {211, kDrawMiddle},
+    {211, kDrawCentre | kDrawMiddle},
     {212, kDrawStretch},
     {213, kDrawNoScale | kDrawCentre | kDrawMiddle | kDrawReplaceBackground},
 };
