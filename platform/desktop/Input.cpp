@@ -14,6 +14,7 @@
 
 #include <QCoreApplication>
 #include <QCursor>
+#include <QGuiApplication>
 #include <QInputMethodEvent>
 #include <QKeyEvent>
 #include <QMouseEvent>
@@ -123,7 +124,8 @@ bool IsPress(const QEvent& event) {
 }
 
 void QueueMouse(const QMouseEvent& event, const QWidget& widget, HWND window) {
-    const HWND target = TargetOf(event, widget, window);
+    const HWND aimed_at = TargetOf(event, widget, window);
+    const HWND target = capture_window != nullptr ? aimed_at : EnabledTarget(aimed_at);
     const QWidget* const target_widget = WidgetOf(target);
     if (target_widget == nullptr) return;
     if (capture_window == nullptr && IsPress(event)) {
@@ -203,6 +205,12 @@ void ChangeFocus(HWND window) {
     // The message may have moved the focus on.
     if (window == focus_window)
         CallWindow(window, WM_SETFOCUS, reinterpret_cast<WPARAM>(before), 0);
+}
+
+/// The keyboard moves between windows of ours; from another program's it is not taken.
+void Activate(FrameWidget* frame) {
+    if (frame == nullptr || !frame->isVisible() || frame->isActiveWindow()) return;
+    if (QGuiApplication::focusWindow() != nullptr) frame->activateWindow();
 }
 
 /// The window manager has made the frame the active one or another one.
@@ -464,7 +472,10 @@ HWND SetFocus(HWND window) {
     QWidget* const widget = WidgetOf(window);
     if (widget == nullptr) return nullptr;
     ChangeFocus(window);
-    if (focus_window == window) widget->setFocus();
+    if (focus_window == window) {
+        widget->setFocus();
+        Activate(FrameOf(window));
+    }
     return before;
 }
 
