@@ -1,5 +1,6 @@
 #include "framework/window/CDialog.h"
 
+#include "framework/base/MemCheck.h"
 #include "framework/base/XLanguageInfoClass.h"
 #include "framework/window/LUM.h"
 #include "framework/window/WindowProcedures.h"
@@ -44,7 +45,7 @@ CDialog::~CDialog() {
     DeleteStaticBitmaps(static_bitmaps_);
     DeleteSchemeBrushes();
     for (RTFEditInfoStruct& record : rich_texts_)
-        std::free(record.data);
+        MemRelease(record.data);
 }
 
 bool CDialog::HasInstance() {
