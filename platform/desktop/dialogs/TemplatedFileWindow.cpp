@@ -50,11 +50,8 @@ TemplatedFileWindow::TemplatedFileWindow(OPENFILENAMEA& request,
     : request_(request), settings_(settings) {}
 
 TemplatedFileWindow::~TemplatedFileWindow() {
-    if (chooser_) chooser_->disconnect();
-    const HWND window = std::exchange(window_, nullptr);
-    if (window == nullptr) return;
-    delete chooser_.data();
-    ::DestroyWindow(window);
+    delete chooser_.data(); // it calls back; its parent may live a moment longer
+    if (const HWND window = std::exchange(window_, nullptr)) ::DestroyWindow(window);
 }
 
 // ---- making ----
@@ -189,7 +186,7 @@ LRESULT TemplatedFileWindow::OnMessage(UINT message, WPARAM wparam, LPARAM lpara
         if (chooser_) chooser_->reject();
         return 0;
     case WM_DESTROY: // by somebody else, with the owner
-        window_ = nullptr;
+        window_ = dialog_ = nullptr;
         End(false);
         return 0;
     case CDM_GETFILEPATH:

@@ -97,4 +97,21 @@ TEST(MessageBoxes, OfManyThreadsReachTheHandlerOfTheirMoment) {
     SetMessageBoxHandler(std::move(before));
 }
 
+TEST(MessageBoxes, OfACollectingThreadAloneAreKept) {
+    MessageBoxRecorder shown;
+    std::thread([] {
+        const ThreadBoxCollector outer;
+        {
+            const ThreadBoxCollector inner;
+            EXPECT_EQ(MessageBoxA(nullptr, "a", "A", MB_YESNO), IDNO);
+            std::thread([] { MessageBoxA(nullptr, "other", "B", MB_OK); }).join();
+            ASSERT_EQ(inner.Boxes().size(), 1U);
+            EXPECT_EQ(inner.Boxes().front().text, "a");
+        }
+        EXPECT_EQ(MessageBoxA(nullptr, "c", nullptr, MB_OK), IDOK);
+        EXPECT_EQ(outer.Boxes().size(), 1U);
+    }).join();
+    EXPECT_EQ(shown.Texts(), std::vector<std::string>{"other"});
+}
+
 } // namespace

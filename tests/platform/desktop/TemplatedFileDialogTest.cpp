@@ -144,3 +144,17 @@ TEST_F(TemplatedFileDialog, PutsTheStandardPartInThePlaceOfItsPlaceholder) {
     EXPECT_FALSE(GetOpenFileNameA(&request_));
     EXPECT_EQ(CommDlgExtendedError(), 0U);
 }
+
+TEST_F(TemplatedFileDialog, GoesWithItsOwner) {
+    const HWND owner = CreateWindowExA(0, "STATIC", "", WS_POPUP | WS_VISIBLE, 0, 0, 50, 50,
+                                       nullptr, nullptr, nullptr, nullptr);
+    ASSERT_NE(owner, nullptr);
+    request_.hwndOwner = owner;
+    const PersonAtDialog person({ClickFile("a.kvf"), [&](QWidget&) {
+                                     EXPECT_EQ(GetParent(GetParent(part)), owner);
+                                     DestroyWindow(owner);
+                                     return true;
+                                 }});
+    EXPECT_FALSE(GetOpenFileNameA(&request_));
+    EXPECT_FALSE(IsWindow(part));
+}
