@@ -27,11 +27,15 @@ namespace kelvo::desktop {
 
 void ApplyTitle(HWND window) {
     const WindowView* view = ViewOf(window);
-    if (view == nullptr || !view->frame) return;
+    if (view == nullptr || !view->client) return;
     QString title;
     {
         LockedWindows windows;
         title = QString::fromStdString(windows.Find(window)->text);
+    }
+    if (!view->frame) {
+        if (!view->control) view->client->setAccessibleName(title);
+        return;
     }
     // A lone "[*]" is the toolkit's mark for an unsaved document; twice means the three characters.
     view->frame->setWindowTitle(title.replace(QLatin1String("[*]"), QLatin1String("[*][*]")));

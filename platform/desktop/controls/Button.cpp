@@ -18,7 +18,7 @@ namespace kelvo::desktop {
 
 namespace {
 
-/// A button whose marks change when its Control says so.
+/// A button whose marks change when its Control says so, and that is pressed anywhere in it.
 template <class Base>
 class MarkedFromOutside : public Base {
 public:
@@ -26,6 +26,9 @@ public:
 
 protected:
     void nextCheckState() override {}
+    bool hitButton(const QPoint& position) const override {
+        return this->rect().contains(position);
+    }
 };
 
 bool IsPush(DWORD kind) {
@@ -112,7 +115,13 @@ void Button::MakeIt(const ControlSetup& setup) {
         MakeButtonOf<QPushButton>();
         static_cast<QPushButton*>(button_.data())->setAutoDefault(false);
         SetKind(setup.style);
-        if (kind_ == BS_OWNERDRAW) Face().ShowSurface();
+        if (kind_ == BS_OWNERDRAW) {
+            Face().ShowSurface();
+            QObject::connect(button_, &QAbstractButton::pressed, Connections(),
+                             [this] { Repaint(); });
+            QObject::connect(button_, &QAbstractButton::released, Connections(),
+                             [this] { Repaint(); });
+        }
     } else if ((setup.style & BS_PUSHLIKE) != 0) {
         MakeButtonOf<QPushButton>();
         button_->setCheckable(true);
@@ -239,6 +248,7 @@ std::optional<LRESULT> Button::Handle(UINT message, WPARAM wparam, LPARAM lparam
         return State();
     case BM_SETSTATE:
         if (button_) button_->setDown(wparam != 0);
+        if (kind_ == BS_OWNERDRAW) Repaint();
         return 0;
     case BM_SETSTYLE: {
         const DWORD style = (Style() & ~DWORD{0xFFFF}) | LOWORD(wparam);
@@ -260,6 +270,7 @@ std::optional<LRESULT> Button::Handle(UINT message, WPARAM wparam, LPARAM lparam
         return std::nullopt;
     case WM_CAPTURECHANGED:
         if (button_) button_->setDown(false); // a press that ends elsewhere is none
+        if (kind_ == BS_OWNERDRAW) Repaint();
         return 0;
     case WM_SETFOCUS:
     case WM_KILLFOCUS:

@@ -122,6 +122,7 @@ LRESULT Control::AnswerCommon(UINT message, WPARAM wparam, LPARAM lparam) {
     case WM_SETTEXT: {
         const LRESULT set = ::DefWindowProcA(window_, message, wparam, lparam);
         ShowText(TextOf(window_));
+        Repaint(); // what somebody has drawn over the old text goes with it
         return set;
     }
     case WM_ENABLE:

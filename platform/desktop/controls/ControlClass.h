@@ -99,6 +99,8 @@ protected:
     void Repaint();
     /// An event that no message brings, such as the key for a character.
     void Give(QEvent& event);
+    /// Gives back the mouse: what follows a press is somebody else's.
+    void EndPress();
     /// Names the widget for assistive programs after the STATIC before it.
     void NameAfterLabel();
 

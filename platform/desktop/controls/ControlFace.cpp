@@ -5,9 +5,32 @@
 
 #include <QPainter>
 
-#include <cmath>
+#include <algorithm>
+#include <cstring>
+#include <utility>
 
 namespace kelvo::desktop {
+
+namespace {
+
+/// The smallest rectangle outside of which two pictures of one size are the same.
+QRect Difference(const QImage& a, const QImage& b) {
+    QRect differing;
+    for (int y = 0; y < a.height(); ++y) {
+        const auto* const left = reinterpret_cast<const QRgb*>(a.constScanLine(y));
+        const auto* const right = reinterpret_cast<const QRgb*>(b.constScanLine(y));
+        const auto [first, unused] = std::mismatch(left, left + a.width(), right);
+        if (first == left + a.width()) continue;
+        auto last = static_cast<std::ptrdiff_t>(a.width()) - 1;
+        while (left[last] == right[last])
+            --last;
+        const auto begin = static_cast<int>(first - left);
+        differing |= QRect(begin, y, static_cast<int>(last) - begin + 1, 1);
+    }
+    return differing;
+}
+
+} // namespace
 
 void ControlFace::Attach(Surface& surface, QWidget* widget) {
     widget_ = widget;
@@ -17,7 +40,6 @@ void ControlFace::Attach(Surface& surface, QWidget* widget) {
 void ControlFace::OnDrawn(const QRect& area) {
     if (!widget_) return;
     shows_surface_ = true;
-    delivered_ += area;
     widget_->update(area);
     if (auto* const scrolled = qobject_cast<QAbstractScrollArea*>(widget_.data())) {
         QWidget* const viewport = scrolled->viewport();
@@ -27,45 +49,57 @@ void ControlFace::OnDrawn(const QRect& area) {
 
 bool ControlFace::Paint(QWidget& target, const QRegion& region) {
     if (rendering_ || !widget_) return false;
-    const QPoint corner = target.mapTo(widget_.data(), QPoint(0, 0));
-    const QRegion painted = region.translated(corner);
-    // The widget has changed by itself: the window's procedure is to know.
-    if (!painted.subtracted(delivered_).isEmpty()) {
-        const QRect area = painted.boundingRect();
-        const RECT rect{area.left(), area.top(), area.right() + 1, area.bottom() + 1};
-        ::InvalidateRect(window_, &rect, FALSE);
-    }
-    delivered_ -= painted;
+    CompareSoon();
     const auto surface = SurfaceOf(window_);
     if (!shows_surface_ || !surface) return false;
+    const QPoint corner = target.mapTo(widget_.data(), QPoint(0, 0));
     QPainter painter(&target);
     painter.translate(-corner);
-    for (const QRect& area : painted)
+    for (const QRect& area : region.translated(corner))
         surface->CopyTo(painter, area);
     return true;
+}
+
+// Why a paint event comes, nobody says: the window may have been uncovered, something may have been
+// drawn on the surface, or the widget may have changed. Only the last concerns the procedure.
+void ControlFace::CompareSoon() {
+    if (last_look_.isNull() || std::exchange(comparing_soon_, true)) return;
+    QMetaObject::invokeMethod(
+        widget_.data(), [face = shared_from_this()] { face->Compare(); }, Qt::QueuedConnection);
+}
+
+void ControlFace::Compare() {
+    comparing_soon_ = false;
+    if (!widget_ || ::IsWindow(window_) == FALSE) return;
+    const QImage look = Look();
+    const QRect changed =
+        look.size() == last_look_.size() ? Difference(look, last_look_) : look.rect();
+    if (changed.isEmpty()) return;
+    const RECT area{changed.left(), changed.top(), changed.right() + 1, changed.bottom() + 1};
+    ::InvalidateRect(window_, &area, FALSE);
+}
+
+QImage ControlFace::Look() {
+    QImage look(widget_->size(), QImage::Format_ARGB32_Premultiplied);
+    if (look.isNull()) return look;
+    look.fill(Qt::transparent);
+    rendering_ = true;
+    widget_->render(&look, QPoint(0, 0), QRegion(widget_->rect()),
+                    QWidget::DrawWindowBackground | QWidget::DrawChildren);
+    rendering_ = false;
+    return look;
 }
 
 void ControlFace::Render(Surface& surface, const QRect& area, const QBrush& background) {
     if (!widget_ || area.isEmpty()) return;
     // Painted beside the surface, so that nobody waits for its lock meanwhile.
-    QImage look(surface.Size(), QImage::Format_RGB32);
-    if (look.isNull()) return;
-    QPainter painter(&look);
-    if (background.style() == Qt::NoBrush) {
-        surface.CopyTo(painter, look.rect());
-    } else {
-        painter.fillRect(look.rect(), background);
-    }
-    rendering_ = true;
-    widget_->render(&painter, QPoint(0, 0), QRegion(widget_->rect()),
-                    QWidget::DrawWindowBackground | QWidget::DrawChildren);
-    rendering_ = false;
-    painter.end();
+    last_look_ = Look();
     {
         const std::lock_guard lock(surface.Mutex());
         if (surface.Gone()) return;
-        QPainter copy(&surface.Image());
-        copy.drawImage(area.topLeft(), look, area);
+        QPainter painter(&surface.Image());
+        if (background.style() != Qt::NoBrush) painter.fillRect(area, background);
+        painter.drawImage(area.topLeft(), last_look_, area);
     }
     if (shows_surface_) surface.Changed(area);
 }

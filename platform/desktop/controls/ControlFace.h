@@ -8,6 +8,7 @@
 #include "platform/base/types.h"
 
 #include <QAbstractScrollArea>
+#include <QImage>
 #include <QPaintEvent>
 #include <QPointer>
 #include <QRegion>
@@ -21,7 +22,7 @@ namespace kelvo::desktop {
 
 class Surface;
 
-class ControlFace {
+class ControlFace : public std::enable_shared_from_this<ControlFace> {
 public:
     explicit ControlFace(HWND window) : window_(window) {}
 
@@ -31,20 +32,24 @@ public:
     void ShowSurface() { shows_surface_ = true; }
     bool ShowsSurface() const { return shows_surface_; }
 
-    /// From a paint event of the widget. @return true when the surface was shown.
+    /// From a paint event of the widget: looks soon whether the widget has changed, which is then
+    /// painted by WM_PAINT. @return true when the surface was shown.
     bool Paint(QWidget& target, const QRegion& region);
     /// Brings the widget's present look into the surface, over the given background.
     void Render(Surface& surface, const QRect& area, const QBrush& background);
 
 private:
     void OnDrawn(const QRect& area);
+    void CompareSoon();
+    void Compare();
+    QImage Look();
 
     const HWND window_;
     QPointer<QWidget> widget_;
-    QRegion
-        delivered_; ///< asked to be painted because it was drawn, not because the widget changed
+    QImage last_look_; ///< of the widget alone, when it was last brought into the surface
     bool shows_surface_ = false;
     bool rendering_ = false;
+    bool comparing_soon_ = false;
 };
 
 /// A widget of the toolkit whose face may be the surface.

@@ -77,16 +77,20 @@ void Control::GiveMouse(UINT message, WPARAM wparam, LPARAM lparam) {
         ::SetCapture(window_);
         if (!HasFocus()) ::SetFocus(window_);
     } else if (message == WM_LBUTTONUP) {
-        pressed_ = nullptr;
-        releasing_ = true;
-        if (::GetCapture() == window_) ::ReleaseCapture();
-        releasing_ = false;
+        EndPress();
     }
     if (!receiver || ::IsWindow(window_) == FALSE) return; // the focus's messages destroyed it
     QMouseEvent event(type, QPointF(receiver->mapFrom(host_.data(), position)),
                       QPointF(host_->mapToGlobal(position)), kind->button, ButtonsFrom(wparam),
                       ModifiersFrom(wparam));
     GiveToWidget(*receiver, event);
+}
+
+void Control::EndPress() {
+    pressed_ = nullptr;
+    releasing_ = true;
+    if (::GetCapture() == window_) ::ReleaseCapture();
+    releasing_ = false;
 }
 
 void Control::GiveKey(UINT message, WPARAM wparam) {

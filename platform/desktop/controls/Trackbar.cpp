@@ -2,30 +2,61 @@
 
 #include "platform/desktop/controls/StandardControls.h"
 
-#include <QKeyEvent>
+#include <QMouseEvent>
 #include <QSlider>
+#include <QStyleOptionSlider>
 
 #include <algorithm>
+#include <utility>
 
 namespace kelvo::desktop {
 
 namespace {
 
+/// A slider that can be pressed beside its narrow groove, too.
+class WideSlider : public QSlider {
+public:
+    using QSlider::QSlider;
+
+protected:
+    void mousePressEvent(QMouseEvent* event) override {
+        QStyleOptionSlider option;
+        initStyleOption(&option);
+        const QPoint middle =
+            style()
+                ->subControlRect(QStyle::CC_Slider, &option, QStyle::SC_SliderHandle, this)
+                .center();
+        QPointF position = event->position();
+        if (orientation() == Qt::Horizontal) {
+            position.setY(middle.y());
+        } else {
+            position.setX(middle.x());
+        }
+        QMouseEvent in_groove(event->type(), position, event->globalPosition(), event->button(),
+                              event->buttons(), event->modifiers());
+        QSlider::mousePressEvent(&in_groove);
+        event->setAccepted(in_groove.isAccepted());
+    }
+};
+
 class Trackbar final : public Control {
 public:
     explicit Trackbar(const ControlSetup& setup)
         : Control(setup), vertical_((setup.style & TBS_VERT) != 0) {
-        slider_ = MakeWidget<QSlider>(vertical_ ? Qt::Vertical : Qt::Horizontal);
+        slider_ = MakeWidget<WideSlider>(vertical_ ? Qt::Vertical : Qt::Horizontal);
         slider_->setInvertedAppearance(vertical_);
+        slider_->setInvertedControls(vertical_);
         slider_->setRange(0, 100);
         SetPageSize(-1);
         ShowTicks(setup.style);
         NameAfterLabel();
         QObject::connect(slider_, &QSlider::actionTriggered, Connections(),
                          [this](int action) { OnAction(action); });
-        QObject::connect(slider_, &QSlider::sliderReleased, Connections(), [this] {
-            ReportCode(TB_THUMBPOSITION);
-            ReportCode(TB_ENDTRACK);
+        QObject::connect(slider_, &QSlider::sliderReleased, Connections(),
+                         [this] { ReportJump(); });
+        QObject::connect(slider_, &QSlider::valueChanged, Connections(), [this](int value) {
+            // Neither the program nor a key or the mouse: an assistive program has set it.
+            if (!quiet_ && value != reported_) ReportJump();
         });
     }
 
@@ -38,6 +69,8 @@ protected:
 private:
     void OnAction(int action);
     void ReportCode(int code);
+    void ReportJump();
+    void SetPosition(int position);
     void SetRange(int least, int greatest);
     LRESULT SetPageSize(LPARAM size);
     void ShowTicks(DWORD style);
@@ -45,6 +78,8 @@ private:
     const bool vertical_;
     QPointer<QSlider> slider_;
     bool page_follows_range_ = true;
+    bool quiet_ = false; ///< the program moves it
+    int reported_ = 0;   ///< where the user's last action led to
 };
 
 void Trackbar::ReportCode(int code) {
@@ -55,7 +90,13 @@ void Trackbar::ReportCode(int code) {
                       static_cast<DWORD_PTR>(static_cast<UINT>(position))));
 }
 
+void Trackbar::ReportJump() {
+    ReportCode(TB_THUMBPOSITION);
+    ReportCode(TB_ENDTRACK);
+}
+
 void Trackbar::OnAction(int action) {
+    reported_ = slider_->sliderPosition();
     switch (action) {
     case QAbstractSlider::SliderSingleStepAdd:
         return ReportCode(TB_LINEDOWN);
@@ -70,15 +111,24 @@ void Trackbar::OnAction(int action) {
     case QAbstractSlider::SliderToMaximum:
         return ReportCode(TB_BOTTOM);
     case QAbstractSlider::SliderMove:
-        // Without a held thumb it was the wheel.
-        return ReportCode(slider_->isSliderDown() ? TB_THUMBTRACK : TB_THUMBPOSITION);
+        if (slider_->isSliderDown()) return ReportCode(TB_THUMBTRACK);
+        return ReportJump(); // the wheel
     default:
         return;
     }
 }
 
+void Trackbar::SetPosition(int position) {
+    if (slider_->isSliderDown()) return; // it stays in the user's hand
+    const bool before = std::exchange(quiet_, true);
+    slider_->setValue(position);
+    quiet_ = before;
+}
+
 void Trackbar::SetRange(int least, int greatest) {
+    const bool before = std::exchange(quiet_, true);
     slider_->setRange(least, std::max(least, greatest));
+    quiet_ = before;
     if (page_follows_range_) SetPageSize(-1);
     ShowTicks(Style());
 }
@@ -117,7 +167,7 @@ std::optional<LRESULT> Trackbar::Handle(UINT message, WPARAM wparam, LPARAM lpar
     case TBM_GETPOS:
         return slider_->sliderPosition();
     case TBM_SETPOS:
-        if (!slider_->isSliderDown()) slider_->setValue(static_cast<int>(lparam));
+        SetPosition(static_cast<int>(lparam));
         return 0;
     case TBM_GETRANGEMIN:
         return slider_->minimum();
