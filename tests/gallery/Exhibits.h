@@ -24,6 +24,10 @@ void ShowOpenFile();
 void ShowSaveFile();
 void ShowFontChoice();
 
+// TextExhibits.cpp: the about dialog with a file to edit, rich text in a control.
+void ShowAbout();
+void ShowRichText();
+
 // ToolExhibits.cpp: a bar of bitmap buttons, their tips, a menu of buttons.
 void ShowTools();
 

@@ -17,10 +17,10 @@ struct Exhibit {
 };
 
 constexpr Exhibit kExhibits[] = {
-    {"boxes", ShowMessageBoxes}, {"controls", ShowControls},  {"font", ShowFontChoice},
-    {"input-box", ShowInputBox}, {"list", ShowListDialog},    {"open-file", ShowOpenFile},
-    {"pictures", ShowPictures},  {"save-file", ShowSaveFile}, {"string", ShowStringDialog},
-    {"tools", ShowTools},
+    {"about", ShowAbout},        {"boxes", ShowMessageBoxes},  {"controls", ShowControls},
+    {"font", ShowFontChoice},    {"input-box", ShowInputBox},  {"list", ShowListDialog},
+    {"open-file", ShowOpenFile}, {"pictures", ShowPictures},   {"rich-text", ShowRichText},
+    {"save-file", ShowSaveFile}, {"string", ShowStringDialog}, {"tools", ShowTools},
 };
 
 const Exhibit* Find(std::string_view name) {
