@@ -99,10 +99,13 @@ FileChooser::FileChooser(const Settings& settings)
         connect(list->selectionModel(), &QItemSelectionModel::selectionChanged, this,
                 [this] { TakeSelection(); });
     }
-    connect(this, &QFileDialog::directoryEntered, this, [this] {
-        RefreshOddList();
-        if (on_folder_entered) on_folder_entered();
-    });
+    // The dialog itself reports only some of the ways into a folder.
+    if (const auto* const files = findChild<QFileSystemModel*>()) {
+        connect(files, &QFileSystemModel::rootPathChanged, this, [this] {
+            RefreshOddList();
+            if (on_folder_entered) on_folder_entered();
+        });
+    }
     connect(this, &QFileDialog::filterSelected, this, [this] { RefreshOddList(); });
     if (name_edit_ == nullptr) return;
     connect(name_edit_, &QLineEdit::textChanged, this, [this] { LetTypedNamesPass(); });
@@ -228,7 +231,6 @@ void FileChooser::ForgetOdd() {
 void FileChooser::Enter(const std::string& folder) {
     const QString path = names_.PathOf(folder);
     if (!path.isEmpty()) setDirectory(path);
-    RefreshOddList();
 }
 
 // ---- what is chosen ----

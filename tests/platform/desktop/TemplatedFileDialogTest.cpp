@@ -6,9 +6,13 @@
 #include "platform/desktop/dialogs.h"
 #include "tests/platform/desktop/PersonAtDialog.h"
 
+#include <QListWidget>
+#include <QToolButton>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdlib>
 #include <filesystem>
@@ -143,6 +147,35 @@ TEST_F(TemplatedFileDialog, PutsTheStandardPartInThePlaceOfItsPlaceholder) {
          }});
     EXPECT_FALSE(GetOpenFileNameA(&request_));
     EXPECT_EQ(CommDlgExtendedError(), 0U);
+}
+
+TEST_F(TemplatedFileDialog, TellsTheHookOfEveryWayIntoAFolder) {
+    const std::string odd = folder_ + "/et\xE0";
+    std::filesystem::create_directory(odd);
+    const auto entered = [](std::ptrdiff_t times) {
+        return [times](QWidget&) {
+            return std::ranges::count(told, CDN_FOLDERCHANGE, &Told::code) == times;
+        };
+    };
+    const PersonAtDialog person(
+        {[](QWidget& window) {
+             auto* const names = window.findChild<QListWidget*>();
+             EXPECT_TRUE(names->isVisible());
+             if (!HasFocus(window, *names)) return false;
+             names->setCurrentRow(0);
+             QTest::keyClick(names, Qt::Key_Return);
+             return true;
+         },
+         entered(1),
+         [](QWidget& window) {
+             EXPECT_FALSE(window.findChild<QListWidget*>()->isVisible()) << "nothing odd in there";
+             QTest::mouseClick(window.findChild<QToolButton*>(QStringLiteral("backButton")),
+                               Qt::LeftButton);
+             return true;
+         },
+         entered(2), [](QWidget& window) { return window.findChild<QListWidget*>()->isVisible(); },
+         Escape});
+    EXPECT_FALSE(GetOpenFileNameA(&request_));
 }
 
 TEST_F(TemplatedFileDialog, GoesWithItsOwner) {
