@@ -12,12 +12,14 @@
 #include "platform/desktop/messages.h"
 #include "platform/desktop/windows.h"
 
+#include <QContextMenuEvent>
 #include <QCoreApplication>
 #include <QCursor>
 #include <QGuiApplication>
 #include <QInputMethodEvent>
 #include <QKeyEvent>
 #include <QMouseEvent>
+#include <QPointer>
 #include <QWheelEvent>
 
 #include <cmath>
@@ -35,6 +37,7 @@ constexpr LPARAM kGotResult = 0x0800; ///< of WM_IME_COMPOSITION: text that is f
 
 HWND focus_window = nullptr;
 HWND capture_window = nullptr;
+QPointer<FrameWidget> wanted_frame; ///< that was asked to become the active window
 
 POINT ToPoint(const QPointF& position) {
     return {static_cast<LONG>(std::floor(position.x())),
@@ -201,6 +204,10 @@ void QueueComposition(const QInputMethodEvent& event, HWND window) {
 void ChangeFocus(HWND window) {
     if (window == focus_window) return;
     const HWND before = std::exchange(focus_window, window);
+    // What was typed ahead belongs to whoever has the keyboard when its turn comes.
+    if (before != nullptr && window != nullptr && FrameOf(before) == FrameOf(window)) {
+        MessageQueue::OfThisThread()->MoveKeys(before, window);
+    }
     CallWindow(before, WM_KILLFOCUS, reinterpret_cast<WPARAM>(window), 0);
     // The message may have moved the focus on.
     if (window == focus_window)
@@ -209,8 +216,13 @@ void ChangeFocus(HWND window) {
 
 /// The keyboard moves between windows of ours; from another program's it is not taken.
 void Activate(FrameWidget* frame) {
-    if (frame == nullptr || !frame->isVisible() || frame->isActiveWindow()) return;
-    if (QGuiApplication::focusWindow() != nullptr) frame->activateWindow();
+    if (frame == nullptr || !frame->isVisible() || QGuiApplication::focusWindow() == nullptr)
+        return;
+    // An earlier wish that the window manager has not fulfilled yet would undo this one.
+    const bool is_another_wanted = wanted_frame && wanted_frame != frame;
+    if (frame->isActiveWindow() && !is_another_wanted) return;
+    wanted_frame = frame;
+    frame->activateWindow();
 }
 
 /// The window manager has made the frame the active one or another one.
@@ -221,6 +233,7 @@ void OnActivation(HWND window, bool active) {
         if (focus_window != nullptr && FrameOf(focus_window) == view->frame) ChangeFocus(nullptr);
         return;
     }
+    if (wanted_frame == view->frame) wanted_frame.clear();
     const HWND focused = WindowOf(view->frame->focusWidget());
     ChangeFocus(focused != nullptr ? focused : window);
 }
@@ -321,6 +334,10 @@ private:
         case QEvent::FocusIn:
             OnFocusIn(window);
             return false;
+        case QEvent::ContextMenu:
+            // The mouse's comes with the message of its button.
+            return &event != event_given &&
+                   static_cast<QContextMenuEvent&>(event).reason() == QContextMenuEvent::Mouse;
         default:
             return IsInput(event.type()) && Handle(widget, window, event);
         }

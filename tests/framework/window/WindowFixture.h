@@ -21,7 +21,7 @@ namespace kelvo {
 class StartedFramework : public testing::Environment {
 public:
     void SetUp() override {
-        setenv("QT_QPA_PLATFORM", "offscreen", 1);
+        setenv("QT_QPA_PLATFORM", "offscreen", 0);
         ASSERT_TRUE(platform::StartDesktop("framework_window_tests"));
         StartResult() = lum.StartDefaultKernel(GetModuleHandleA(nullptr), "NoSuchIcon");
     }
