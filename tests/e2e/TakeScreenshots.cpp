@@ -24,6 +24,7 @@ struct Shot {
 };
 
 constexpr Shot kShots[] = {
+    {"about", "Informazioni", 454, 360},
     {"boxes", "ERRORE", 1, 1},
     {"controls", "Galleria - controlli", 260, 164},
     {"font", "Carattere", 1, 1},
@@ -31,6 +32,7 @@ constexpr Shot kShots[] = {
     {"list", "Città", 240, 176},
     {"open-file", "Scegliere un filmato", 1, 1},
     {"pictures", "Galleria - immagini", 260, 176, 110, 12},
+    {"rich-text", "Galleria - testo formattato", 260, 150},
     {"save-file", "Scegliere un filmato", 1, 1},
     {"string", "Titolo del filmato", 240, 98},
     {"tools", "Galleria - strumenti", 420, 220, 18, 18},

@@ -68,8 +68,9 @@ bool LumAboutDlg::OnInitialise() {
     if (!has_picture_ && lum.DefaultBitmap(kAboutBitmap) != nullptr) {
         has_picture_ = true;
         AddStaticBitmap({.bitmap = lum.DefaultBitmap(kAboutBitmap),
-                         .flags = kDrawNoScale | kDrawCentre | kDrawMiddle,
-                         .control_id = kPicture});
+                         .flags = kDrawNoScale | kDrawReplaceBackground | kDrawCentre | kDrawMiddle,
+                         .control_id = kPicture,
+                         .background = GetSysColor(COLOR_BTNFACE)});
     }
     PlaceEditor();
     file_.Load(file_name_);

@@ -293,7 +293,8 @@ void RichEdit::OnComposition() {
 }
 
 LRESULT RichEdit::DialogCode(WPARAM key) const {
-    LRESULT code = DLGC_HASSETSEL | DLGC_WANTCHARS | DLGC_WANTARROWS;
+    // No DLGC_HASSETSEL: a document that is selected as a whole is gone with the next key.
+    LRESULT code = DLGC_WANTCHARS | DLGC_WANTARROWS;
     if (is_multi_line_ && (Style() & ES_WANTRETURN) != 0 && key == VK_RETURN) {
         code |= DLGC_WANTALLKEYS;
     }

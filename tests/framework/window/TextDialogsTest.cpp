@@ -108,6 +108,22 @@ TEST_F(TextDialogs, RichTextGoesIntoAControlAndComesBack) {
     EXPECT_EQ(second.View(), text.View());
 }
 
+TEST_F(TextDialogs, ADocumentIsNotSelectedWhenItsDialogOpens) {
+    class Dialog : public CDialog {
+    public:
+        bool HandleMessage(UINT message, WPARAM wparam, LPARAM lparam) override {
+            if (CDialog::HandleMessage(message, wparam, lparam)) return true;
+            if (message == WM_INITDIALOG) SetControlText(7, "testo");
+            return message == WM_INITDIALOG; // and the first control gets the focus
+        }
+    };
+    CDialog::LoadRichEditSupport();
+    Dialog dialog;
+    ASSERT_EQ(dialog.CreateModeless(nullptr, "RICHDLG"), 1);
+    EXPECT_EQ(GetFocus(), dialog.Control(7));
+    EXPECT_EQ(SendDlgItemMessageA(dialog.Window(), 7, EM_GETSEL, 0, 0), 0);
+}
+
 TEST_F(TextDialogs, ADocumentThatCannotBeReadChangesNothing) {
     CDialog::LoadRichEditSupport();
     CDialog dialog;
