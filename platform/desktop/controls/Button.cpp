@@ -109,6 +109,7 @@ void Button::MakeIt(const ControlSetup& setup) {
         // It lies behind what it surrounds, whatever was made first.
         Host()->setAttribute(Qt::WA_TransparentForMouseEvents);
         Host()->lower();
+        SeeThrough();
         return;
     }
     if (IsPush(kind_)) {
@@ -154,7 +155,10 @@ void Button::ShowText(const std::string& text) {
 }
 
 void Button::ShowColours(const ControlColours& colours) {
-    if (!IsPush(kind_)) {
+    if (kind_ == BS_GROUPBOX) {
+        // What it surrounds is the parent's.
+        Control::ShowColours({.text = colours.text, .background = {}, .transparent = true});
+    } else if (!IsPush(kind_)) {
         Control::ShowColours(colours);
     } else {
         // A push button looks as the desktop's do; only what is behind it is the parent's.

@@ -1,6 +1,7 @@
 // COMBOBOX: a list that opens below a field, in which one can type or not.
 
 #include "platform/desktop/Input.h"
+#include "platform/desktop/NextMessage.h"
 #include "platform/desktop/controls/ItemTexts.h"
 #include "platform/desktop/controls/StandardControls.h"
 
@@ -260,6 +261,12 @@ std::optional<LRESULT> ComboBox::Handle(UINT message, WPARAM wparam, LPARAM lpar
         return CopyText(wparam, lparam);
     case WM_GETTEXTLENGTH:
         return static_cast<LRESULT>(Text().size());
+    case WM_IME_COMPOSITION:
+        if (const auto input = InputBehindMessage(Window(), message)) {
+            const std::unique_ptr<QEvent> composed(input->clone());
+            Give(*composed);
+        }
+        return 0;
     case WM_GETDLGCODE:
         return DLGC_WANTARROWS | DLGC_WANTCHARS | (has_field_ ? DLGC_HASSETSEL : 0);
     case WM_SETFOCUS:

@@ -83,6 +83,10 @@ void Control::Report(UINT message, WPARAM wparam) {
     }
 }
 
+void Control::SeeThrough() {
+    static_cast<ClientWidget*>(host_.data())->SetControlBackground(QBrush(Qt::NoBrush));
+}
+
 void Control::Repaint() {
     ::InvalidateRect(window_, nullptr, TRUE);
 }

@@ -95,6 +95,8 @@ protected:
     void Notify(UINT code);
     /// The same for another message: sent if a message is in hand, else posted.
     void Report(UINT message, WPARAM wparam);
+    /// Lets the parent show through, until ShowColours says otherwise.
+    void SeeThrough();
     /// Has the control painted anew, by WM_PAINT.
     void Repaint();
     /// An event that no message brings, such as the key for a character.

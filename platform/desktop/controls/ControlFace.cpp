@@ -90,15 +90,30 @@ QImage ControlFace::Look() {
     return look;
 }
 
+QImage ControlFace::GroundOf(const QRect& area) const {
+    const HWND parent = ::GetParent(window_);
+    const auto below = SurfaceOf(parent);
+    POINT corner{0, 0};
+    ::ClientToScreen(window_, &corner);
+    ::ScreenToClient(parent, &corner);
+    return below ? below->Snapshot().copy(area.translated(corner.x, corner.y)) : QImage();
+}
+
 void ControlFace::Render(Surface& surface, const QRect& area, const QBrush& background) {
     if (!widget_ || area.isEmpty()) return;
     // Painted beside the surface, so that nobody waits for its lock meanwhile.
     last_look_ = Look();
+    const bool is_transparent = background.style() == Qt::NoBrush;
+    const QImage ground = is_transparent ? GroundOf(area) : QImage();
     {
         const std::lock_guard lock(surface.Mutex());
         if (surface.Gone()) return;
         QPainter painter(&surface.Image());
-        if (background.style() != Qt::NoBrush) painter.fillRect(area, background);
+        if (is_transparent) {
+            painter.drawImage(area.topLeft(), ground);
+        } else {
+            painter.fillRect(area, background);
+        }
         painter.drawImage(area.topLeft(), last_look_, area);
     }
     if (shows_surface_) surface.Changed(area);

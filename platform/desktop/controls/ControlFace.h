@@ -35,7 +35,8 @@ public:
     /// From a paint event of the widget: looks soon whether the widget has changed, which is then
     /// painted by WM_PAINT. @return true when the surface was shown.
     bool Paint(QWidget& target, const QRegion& region);
-    /// Brings the widget's present look into the surface, over the given background.
+    /// Brings the widget's present look into the surface, over the given background; Qt::NoBrush:
+    /// over what the parent shows there.
     void Render(Surface& surface, const QRect& area, const QBrush& background);
 
 private:
@@ -43,6 +44,7 @@ private:
     void CompareSoon();
     void Compare();
     QImage Look();
+    QImage GroundOf(const QRect& area) const;
 
     const HWND window_;
     QPointer<QWidget> widget_;

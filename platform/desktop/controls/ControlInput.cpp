@@ -5,6 +5,7 @@
 #include "platform/desktop/NextMessage.h"
 #include "platform/desktop/controls/ControlClass.h"
 
+#include <QContextMenuEvent>
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QWheelEvent>
@@ -84,6 +85,10 @@ void Control::GiveMouse(UINT message, WPARAM wparam, LPARAM lparam) {
                       QPointF(host_->mapToGlobal(position)), kind->button, ButtonsFrom(wparam),
                       ModifiersFrom(wparam));
     GiveToWidget(*receiver, event);
+    if (message != WM_RBUTTONUP || !receiver) return;
+    QContextMenuEvent menu(QContextMenuEvent::Mouse, receiver->mapFrom(host_.data(), position),
+                           host_->mapToGlobal(position), ModifiersFrom(wparam));
+    GiveToWidget(*receiver, menu);
 }
 
 void Control::EndPress() {

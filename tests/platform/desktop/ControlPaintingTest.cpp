@@ -14,6 +14,12 @@ class ControlColour : public ControlWindow {
 protected:
     /// What the user sees of the control, as the screen gets it.
     static QImage Seen(HWND control) { return WidgetOf(control)->grab().toImage(); }
+    static QRgb SeenAt(HWND control, int x, int y) {
+        const QImage image = Seen(control); // of the screen's finer pixels, where it has them
+        const double ratio = image.devicePixelRatio();
+        return image.pixel(static_cast<int>((x + 0.5) * ratio),
+                           static_cast<int>((y + 0.5) * ratio));
+    }
     static bool Shows(HWND control, QRgb colour) {
         const QImage image = Seen(control);
         for (int y = 0; y < image.height(); ++y) {
@@ -98,10 +104,10 @@ TEST_F(ControlSurface, ShowsWhatIsDrawnThroughADeviceContext) {
     const RECT square{100, 4, 110, 14};
     ::FillRect(dc, &square, blue_);
     ::ReleaseDC(label, dc);
-    EXPECT_TRUE(PumpUntil([&] { return Seen(label).pixel(105, 9) == qRgb(0, 0, 200); }));
-    EXPECT_NE(Seen(label).pixel(90, 9), qRgb(0, 0, 200)); // the text's own ground is still there
-    ::SetWindowTextA(label, "another text");              // paints it away
-    EXPECT_TRUE(PumpUntil([&] { return Seen(label).pixel(105, 9) != qRgb(0, 0, 200); }));
+    EXPECT_TRUE(PumpUntil([&] { return SeenAt(label, 105, 9) == qRgb(0, 0, 200); }));
+    EXPECT_NE(SeenAt(label, 90, 9), qRgb(0, 0, 200)); // the text's own ground is still there
+    ::SetWindowTextA(label, "another text");          // paints it away
+    EXPECT_TRUE(PumpUntil([&] { return SeenAt(label, 105, 9) != qRgb(0, 0, 200); }));
 }
 
 TEST_F(ControlSurface, KeepsWhatAProcedurePaintsOverTheControl) {
@@ -110,11 +116,11 @@ TEST_F(ControlSurface, KeepsWhatAProcedurePaintsOverTheControl) {
     painter_before = reinterpret_cast<WNDPROC>(
         ::SetWindowLongPtrA(edit, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&PaintsOver)));
     ::InvalidateRect(edit, nullptr, TRUE);
-    EXPECT_TRUE(PumpUntil([&] { return Seen(edit).pixel(105, 9) == qRgb(0, 0, 200); }));
+    EXPECT_TRUE(PumpUntil([&] { return SeenAt(edit, 105, 9) == qRgb(0, 0, 200); }));
     const QImage before = Seen(edit);
     Type(edit, "more");
     EXPECT_TRUE(PumpUntil([&] { return Seen(edit) != before; }));
-    EXPECT_TRUE(PumpUntil([&] { return Seen(edit).pixel(105, 9) == qRgb(0, 0, 200); }));
+    EXPECT_TRUE(PumpUntil([&] { return SeenAt(edit, 105, 9) == qRgb(0, 0, 200); }));
 }
 
 TEST_F(ControlSurface, ComesToRestWhenNothingChanges) {

@@ -4,6 +4,7 @@
 
 #include <QClipboard>
 #include <QGuiApplication>
+#include <QInputMethodEvent>
 #include <QLineEdit>
 
 using namespace kelvo::desktop;
@@ -131,4 +132,30 @@ TEST_F(EditControls, OfSeveralLinesCountBytesWithTheirLineEnds) {
     char line[8] = {6, 0};
     EXPECT_EQ(::SendMessageA(edit, EM_GETLINE, 0, reinterpret_cast<LPARAM>(line)), 4);
     EXPECT_EQ(std::string(line, 4), "più");
+}
+
+TEST_F(EditControls, MayBeWindowsOfTheirOwn) {
+    const HWND edit = ::CreateWindowExA(WS_EX_TOPMOST, "EDIT", "una riga", WS_VISIBLE | WS_DLGFRAME,
+                                        50, 50, 300, 100, nullptr, nullptr, nullptr, nullptr);
+    ASSERT_NE(edit, nullptr);
+    EXPECT_EQ(TextOf(edit), "una riga");
+    EXPECT_EQ(Inner(edit)->size(), WidgetOf(edit)->size());
+    ::SetWindowTextA(edit, "");
+    Type(edit, "altra");
+    EXPECT_EQ(TextOf(edit), "altra");
+    ::DestroyWindow(edit);
+}
+
+TEST_F(EditControls, TakeWhatAnInputMethodComposes) {
+    const HWND edit = Make("EDIT", 0, 3);
+    ::SetFocus(edit);
+    QInputMethodEvent unfinished("`e", {});
+    QCoreApplication::sendEvent(Inner(edit), &unfinished);
+    Pump();
+    EXPECT_EQ(TextOf(edit), "");
+    QInputMethodEvent finished;
+    finished.setCommitString("è");
+    QCoreApplication::sendEvent(Inner(edit), &finished);
+    Pump();
+    EXPECT_EQ(TextOf(edit), "è");
 }
