@@ -29,7 +29,8 @@ bool CToolWin::HandleMessage(UINT message, WPARAM wparam, LPARAM lparam) {
     if (CMovableWin::HandleMessage(message, wparam, lparam)) return true;
     switch (message) {
     case kButtonClicked:
-        return OnClick(reinterpret_cast<const BitmapButton*>(lparam));
+        return OnClick(static_cast<std::int32_t>(wparam),
+                       reinterpret_cast<const BitmapButton*>(lparam));
     case kButtonMessage:
         return ReportButtonMouse(*reinterpret_cast<const ButtonMessage*>(lparam));
     case WM_DESTROY:
@@ -172,7 +173,7 @@ int CToolWin::ToggleButton(std::int32_t command_id) {
     if (button == nullptr) return 0;
     button->SetPressed(!button->IsPressed());
     button->Repaint();
-    OnClick(button);
+    OnClick(command_id, button);
     return 1;
 }
 
@@ -180,10 +181,10 @@ void CToolWin::SetGroups(std::unique_ptr<GestToolButtonsGroups> groups) {
     groups_ = std::move(groups);
 }
 
-// A button may be removed between its click and this.
-bool CToolWin::OnClick(const BitmapButton* clicked) {
+// A button may be removed between its click and this, and another one stand at its address.
+bool CToolWin::OnClick(std::int32_t command_id, const BitmapButton* clicked) {
     const CButtonInfo* const record = FindRecord(clicked);
-    if (record == nullptr) return true;
+    if (record == nullptr || record->button->CommandId() != command_id) return true;
     BitmapButton& button = *record->button;
     if (button.Kind() == ButtonKind::Toggle) {
         if (!button.IsPressed() && record->group >= 0) {

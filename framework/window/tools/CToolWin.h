@@ -72,7 +72,7 @@ private:
     CButtonInfo* FindRecord(const BitmapButton* button) const;
     int Add(std::unique_ptr<CButtonInfo> record, std::int32_t command_id, LONG left, LONG top,
             const char* tip_text, ButtonKind kind, std::int32_t group);
-    bool OnClick(const BitmapButton* clicked);
+    bool OnClick(std::int32_t command_id, const BitmapButton* clicked);
     void ReleaseOthers(const CButtonInfo& pressed) const;
     void Tell(UINT message, std::int32_t command_id, BitmapButton* button) const;
 
