@@ -24,6 +24,7 @@ protected:
         setenv("SDL_AUDIODRIVER", "disk", 1);
         setenv("SDL_DISKAUDIODELAY", "5", 1);
         setenv("SDL_DISKAUDIOFILEIN", folder_.Name("microphone.raw").c_str(), 1);
+        setenv("SDL_DISKAUDIOFILE", folder_.Name("played.raw").c_str(), 1);
         std::ofstream file(folder_.Name("microphone.raw").c_str(), std::ios::binary);
         for (std::size_t i = 0; i < 400000; ++i) {
             file.put(static_cast<char>(SpokenByte(i)));

@@ -86,6 +86,47 @@ TEST_F(PositionBar, IsPaintedAgainWithItsNewestValuesAndColours) {
     EXPECT_EQ(PixelOf(bar_, 60, 0), RGB(1, 1, 1));
 }
 
+TEST_F(PositionBar, AsksOnAClickOnItsOwnerWhetherToStop) {
+    CreateBar(100, 10);
+    platform::MessageBoxRecorder boxes;
+    const auto click_owner = [this] { owner_.Post(WM_LBUTTONDOWN, MK_LBUTTON, 0x00640064); };
+    EXPECT_EQ(bar_.UpdateWithAbort({.value = 10, .total = 100}), 1);
+    click_owner();
+    boxes.AnswerNext({IDNO});
+    EXPECT_EQ(bar_.UpdateWithAbort({.value = 20, .total = 100}), 1);
+    EXPECT_EQ(bar_.Values().value, 20);
+    EXPECT_EQ(PixelOf(bar_, 20, 5), kBlue);
+    click_owner();
+    boxes.AnswerNext({IDYES});
+    EXPECT_EQ(bar_.UpdateWithAbort({.value = 30, .total = 100}), 0);
+    EXPECT_EQ(bar_.Values().value, 20);
+    ASSERT_EQ(boxes.Boxes().size(), 2U);
+    EXPECT_EQ(boxes.Boxes()[0].text, "Si desidera interrompere il processo in corso ?");
+    EXPECT_EQ(boxes.Boxes()[0].caption, "PROCESSO IN CORSO");
+    EXPECT_EQ(boxes.Boxes()[0].type, static_cast<UINT>(MB_YESNO | MB_ICONQUESTION));
+}
+
+TEST_F(PositionBar, AnswersOnlyWhatConcernsNotItsOwner) {
+    CreateBar(100, 10);
+    NotingWindow other;
+    other.SetStyle(WS_POPUP | WS_VISIBLE);
+    other.SetPlacement(300, 0, 50, 50);
+    ASSERT_EQ(other.Create(), 1);
+    lum.ProcessMessages();
+    owner_.noted.clear();
+    owner_.Post(WM_LBUTTONUP, 0, 0);
+    owner_.Post(WM_COMMAND, 7, 0);
+    InvalidateRect(owner_.Window(), nullptr, TRUE);
+    other.Post(WM_COMMAND, 8, 0);
+    PostMessageA(bar_.Window(), WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(25, 5));
+    EXPECT_EQ(bar_.UpdateWithAbort({.value = 1, .total = 100}), 1);
+    EXPECT_EQ(owner_.Count(WM_LBUTTONUP), 0);
+    EXPECT_EQ(owner_.Count(WM_COMMAND), 0);
+    EXPECT_EQ(owner_.Count(WM_PAINT), 1);
+    EXPECT_EQ(other.Count(WM_COMMAND), 1);
+    EXPECT_EQ(owner_.notifications.size(), 1U); // the click on the bar
+}
+
 TEST_F(PositionBar, TakesUpdatesOfAnotherThreadWhileItIsResizedAndDestroyed) {
     CreateBar(100, 10);
     std::atomic<bool> stop = false;
