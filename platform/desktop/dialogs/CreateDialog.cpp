@@ -163,6 +163,17 @@ bool CreateControls(HWND dialog, const DialogTemplate& read, HINSTANCE instance)
     return true;
 }
 
+/// A window manager that frames a new window moves it by the frame's edges.
+void ShowInPlace(HWND dialog) {
+    RECT wanted{};
+    ::GetWindowRect(dialog, &wanted);
+    ::ShowWindow(dialog, SW_SHOWNORMAL);
+    RECT shown{};
+    if (::GetWindowRect(dialog, &shown) == FALSE) return;
+    if (shown.left == wanted.left && shown.top == wanted.top) return;
+    ::SetWindowPos(dialog, nullptr, wanted.left, wanted.top, 0, 0, SWP_NOSIZE | SWP_NOZORDER);
+}
+
 /// WM_INITDIALOG, the first focus, and the dialog's first appearance.
 void Begin(HWND dialog, const DialogTemplate& read, LPARAM parameter) {
     const bool is_page = (read.style & DS_CONTROL) != 0;
@@ -174,7 +185,8 @@ void Begin(HWND dialog, const DialogTemplate& read, LPARAM parameter) {
         FocusControl(dialog, ::GetNextDlgTabItem(dialog, nullptr, FALSE));
     }
     if ((read.style & WS_VISIBLE) == 0 || ::IsWindow(dialog) == FALSE) return;
-    ::ShowWindow(dialog, SW_SHOWNORMAL);
+    ShowInPlace(dialog);
+    if (::IsWindow(dialog) == FALSE) return;
     // What is shown becomes the active window, and in a dialog a control has the keyboard.
     if ((read.style & WS_CHILD) == 0 && !is_page && ::IsChild(dialog, ::GetFocus()) == FALSE) {
         ::SetFocus(dialog);
