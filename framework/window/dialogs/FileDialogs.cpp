@@ -11,7 +11,6 @@
 #include "platform/desktop/dialogs.h"
 
 #include <algorithm>
-#include <cstring>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -74,8 +73,7 @@ public:
 
     OPENFILENAMEA& Request() { return request_; }
     void StartWith(const CString& file_name) {
-        const std::size_t length = std::min(file_name.View().size(), path_.size() - 1);
-        std::memcpy(path_.data(), file_name.View().data(), length);
+        const std::size_t length = file_name.View().copy(path_.data(), path_.size() - 1);
         path_[length] = '\0';
     }
     CString Run(FileDialogKind kind) {
