@@ -12,11 +12,13 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstdlib>
 #include <filesystem>
 #include <numbers>
+#include <span>
 
 namespace kelvo {
 namespace {
@@ -96,20 +98,7 @@ protected:
         });
     }
 
-    std::string folder_ =
-        (std::filesystem::temp_directory_path() / "kelvo-microphone-XXXXXX").string();
-};
-
-TEST_F(Microphone, HearsTheTonesThatThePlayerPlaysInTheirOrder) {
-    const SoundServer server(folder_);
-    ASSERT_EQ(server.Problem(), "");
-    for (const auto& [name, value] : server.ForClients()) {
-        setenv(name.c_str(), value->c_str(), 1);
-    }
-    const CString melody = MakeTrack("melody.kaf", 18, Melody);
-    const CString heard =
-        MakeTrack("heard.kaf", 200, [](std::size_t) { return std::uint8_t{128}; });
-    {
+    static void RecordWhilePlaying(const CString& heard, const CString& melody) {
         AudioPlayerkel listener;
         AudioPlayerkel player;
         ASSERT_TRUE(listener.OpenAudioForRecording(heard));
@@ -122,25 +111,49 @@ TEST_F(Microphone, HearsTheTonesThatThePlayerPlaysInTheirOrder) {
         ASSERT_TRUE(PumpUntil([&] { return listener.CurrentFrame() >= ended_at + 5; }));
         listener.StopAudio();
         ASSERT_TRUE(PumpUntil([&] { return !listener.IsDeviceActive(); }));
+        listener.CloseAudio();
+        player.CloseAudio();
+        EXPECT_TRUE(PumpUntil([] { return platform::CountWaveDevices() == 0; }));
     }
-    EXPECT_TRUE(PumpUntil([] { return platform::CountWaveDevices() == 0; }));
-    const std::vector<std::uint8_t> sound = SoundOf(heard);
-    // In pieces of 20 ms: which tone each one is.
+
+    std::string folder_ =
+        (std::filesystem::temp_directory_path() / "kelvo-microphone-XXXXXX").string();
+};
+
+/// How many pieces of 20 ms each tone fills; the tones must come in their order.
+std::array<int, kTones.size()> PiecesOfTones(std::span<const std::uint8_t> sound) {
     constexpr std::size_t kPiece = kRate / 50;
     std::array<int, kTones.size()> pieces{};
     std::size_t last_tone = 0;
     for (std::size_t at = 0; at + kPiece <= sound.size(); at += kPiece) {
         for (std::size_t tone = 0; tone < kTones.size(); ++tone) {
-            if (ShareOf(kTones[tone], std::span{sound}.subspan(at, kPiece)) < 0.9) continue;
+            if (ShareOf(kTones[tone], sound.subspan(at, kPiece)) < 0.9) continue;
             EXPECT_GE(tone, last_tone) << at;
             last_tone = tone;
             ++pieces[tone];
         }
     }
-    for (const int count : pieces) { // of 30 each; a busy machine tears some
-        EXPECT_GE(count, 20);
-        EXPECT_LE(count, 36);
+    return pieces;
+}
+
+TEST_F(Microphone, HearsTheTonesThatThePlayerPlaysInTheirOrder) {
+    const SoundServer server(folder_);
+    ASSERT_EQ(server.Problem(), "");
+    for (const auto& [name, value] : server.ForClients()) {
+        setenv(name.c_str(), value->c_str(), 1);
     }
+    const CString melody = MakeTrack("melody.kaf", 18, Melody);
+    int shortest = 0;
+    // A busy machine tears what the server plays: that is tried again.
+    for (int attempt = 0; attempt < 5 && shortest < 20; ++attempt) {
+        const CString heard =
+            MakeTrack("heard.kaf", 200, [](std::size_t) { return std::uint8_t{128}; });
+        RecordWhilePlaying(heard, melody);
+        const auto pieces = PiecesOfTones(SoundOf(heard)); // 30 of each were played
+        shortest = *std::ranges::min_element(pieces);
+        EXPECT_LE(*std::ranges::max_element(pieces), 36);
+    }
+    EXPECT_GE(shortest, 20);
 }
 
 } // namespace

@@ -69,9 +69,10 @@ enum class Memory : bool { None, All };
 /// A stream that records the loudspeaker.
 struct ServerStream {
     ServerStream(const SoundServer& server, Memory memory_kept)
-        : connection(server.Address()), memory(memory_kept) {
+        : memory(memory_kept), connection(server.Address()) {
         if (!connection.WaitUntilReady()) return;
         const Connection::Locked locked(connection);
+        const std::lock_guard lock(mutex);
         const pa_sample_spec spec{PA_SAMPLE_FLOAT32LE, SoundServer::kRate, 1};
         stream = pa_stream_new(connection.context_, "ear", &spec, nullptr);
         pa_stream_set_read_callback(
@@ -91,6 +92,7 @@ struct ServerStream {
     void Disconnect() {
         if (stream == nullptr) return;
         const Connection::Locked locked(connection);
+        const std::lock_guard lock(mutex);
         pa_stream_set_read_callback(stream, nullptr, nullptr);
         pa_stream_disconnect(stream);
         pa_stream_unref(stream);
@@ -120,12 +122,13 @@ struct ServerStream {
         }
     }
 
-    Connection connection;
+    // Made before the connection's thread begins, and gone after it has ended.
     const Memory memory;
-    pa_stream* stream = nullptr;
     std::mutex mutex;
+    pa_stream* stream = nullptr; // under mutex, for its callback, and so are the two below
     Recording recording;
     Clock::time_point last_arrival{};
+    Connection connection;
 };
 
 // --- the server --------------------------------------------------------------------------------
