@@ -1,10 +1,8 @@
 #include "app/KelvoWinkel.h"
 
 #include "app/PositionBarGeometry.h"
-#include "app/TerminalProgress.h"
 #include "framework/base/FilePaths.h"
 #include "framework/window/LUM.h"
-#include "media/TrackNames.h"
 #include "platform/desktop/menus.h"
 #include "platform/desktop/messages.h"
 
@@ -14,34 +12,44 @@ namespace kelvo {
 namespace {
 
 constexpr char kTitle[] = "Kelvo";
-constexpr char kTitleFilm[] = "Kelvo - ";
-constexpr char kTitleNoSound[] = "Kelvo (No Audio) - ";
-constexpr char kTitleNoPicture[] = "Kelvo (No Video) - ";
-constexpr char kCannotOpen[] = "Impossibile Aprire il file VIDEO Specificato";
-constexpr char kStartFailedCaption[] = "Impossibile aprire il file!";
 constexpr char kMenu[] = "MENUKELVOWIN";
+constexpr char kRecentFiles[] = "lstfls.dat";
 
 constexpr int kLightGrey = 7;
+constexpr int kFilePopup = 0;
+constexpr std::int32_t kMostRecentFiles = 10;
 constexpr int kExitThreshold = 100;
 constexpr UINT_PTR kWaitingCommandsTimer = 1;
 constexpr UINT kWaitingCommandsMs = 20;
-constexpr LONG kSoundOnlyWidth = 400;
-constexpr LONG kSoundOnlyExtraHeight = 160;
 
 } // namespace
 
-KelvoWinkel::KelvoWinkel() {
+CString KelvoWinkel::RecentFilesName() {
+    return ProgramDirectory() + kRecentFiles;
+}
+
+KelvoWinkel::KelvoWinkel(CString recent_files)
+    : recent_files_(static_cast<UINT>(Command::FirstRecent), kFilePopup,
+                    static_cast<UINT>(Command::Exit), kMostRecentFiles),
+      recent_files_name_(std::move(recent_files)) {
     SetTitle(kTitle);
     SetBackgroundColour(LUM::IndexColor(kLightGrey));
     SetPaintBackground(true);
+    recent_files_.Load(recent_files_name_);
     SetMenuHandle(LoadMenuA(lum.Instance(), kMenu));
 }
 
 KelvoWinkel::~KelvoWinkel() {
+    recent_files_.Save(recent_files_name_);
     // Window and players go first: what they report meanwhile still needs the members.
     if (HasWindow()) DestroyWindow(Window());
     CloseWhatIsOpen();
     if (GetMenuItemCount(MenuHandle()) >= 0) DestroyMenu(MenuHandle());
+}
+
+void KelvoWinkel::ShowProgressOnTerminal() {
+    terminal_ = true;
+    times_.ShowOnTerminal();
 }
 
 bool KelvoWinkel::Run(CWin* owner, const CString& file_name, std::uint32_t options) {
@@ -66,12 +74,16 @@ bool KelvoWinkel::HandleMessage(UINT message, WPARAM wparam, LPARAM lparam) {
         return OnCommandMessage(wparam, lparam);
     case WM_TIMER:
         return OnTimer(wparam);
+    case kTimesChanged:
+        times_.ShowLabels();
+        return true;
     default:
         return false;
     }
 }
 
 bool KelvoWinkel::OnCreate() {
+    recent_files_.RebuildMenu(MenuHandle(), nullptr);
     CreateChildren();
     if ((options_ & kStartOpenAndPlay) != 0 && !current_file_.IsEmpty()) {
         Post(WM_COMMAND, static_cast<WPARAM>(Command::OpenNamed),
@@ -89,6 +101,15 @@ void KelvoWinkel::CreateChildren() {
     video_.Create();
     video_.SetAnchors({.left = 0, .right = 0, .top = kStripHeight, .bottom = 0});
 
+    button_bar_.CreateIn(*this);
+    tool_dialog_.CreateModeless(this, DxToolkel::kTemplate);
+    tool_dialog_.SetPosition(kToolDialogLeft, kToolDialogTop);
+    tool_dialog_.SetVolumePosition(volume_);
+    CreatePositionBar();
+    OnSize();
+}
+
+void KelvoWinkel::CreatePositionBar() {
     position_bar_.SetParent(this);
     position_bar_.SetStyle(WS_CHILD | WS_VISIBLE);
     position_bar_.SetExtendedStyle(WS_EX_STATICEDGE);
@@ -98,10 +119,10 @@ void KelvoWinkel::CreateChildren() {
                               .right = kPositionBarRightMargin,
                               .top = kPositionBarTop,
                               .bottom = -1});
-    OnSize();
 }
 
 bool KelvoWinkel::OnSize() {
+    button_bar_.ReapplyAnchors();
     video_.ReapplyAnchors();
     position_bar_.ReapplyAnchors();
     return false;
@@ -132,13 +153,21 @@ bool KelvoWinkel::OnCommandMessage(WPARAM wparam, LPARAM lparam) {
         return true;
     }
     const bool was_busy = std::exchange(carries_out_command_, true);
-    const bool handled = OnCommand(command, lparam);
+    bool handled = true;
+    if (recent_files_.IsRecentCommand(WM_COMMAND, wparam)) {
+        OnOpenRecent(static_cast<UINT>(wparam));
+    } else {
+        handled = OnCommand(command, lparam);
+    }
     carries_out_command_ = was_busy;
     return handled;
 }
 
 bool KelvoWinkel::OnCommand(Command command, LPARAM lparam) {
     switch (command) {
+    case Command::Open:
+        OnOpen();
+        return true;
     case Command::CloseFilm:
         OnCloseFilm();
         return true;
@@ -166,6 +195,8 @@ bool KelvoWinkel::OnCommand(Command command, LPARAM lparam) {
         ShowTopmost(!topmost_);
         return true;
     default:
+        // One that no button sent shows on the bar what a click would.
+        if (lparam == 0) button_bar_.ShowClick(command);
         return OnTransportCommand(command);
     }
 }
@@ -182,7 +213,10 @@ INT_PTR KelvoWinkel::HandleNotification(int code, INT_PTR a, INT_PTR b) {
         break;
     case NotifyAudioClosed:
     case NotifyEnded:
-        OnPlaybackEnded();
+        OnPlaybackEnded(code);
+        break;
+    case kVolumeChanged:
+        OnVolume(static_cast<int>(a));
         break;
     case kPositionClicked:
         if (IsBusy()) break; // as good as a click on an inert window
@@ -196,79 +230,11 @@ INT_PTR KelvoWinkel::HandleNotification(int code, INT_PTR a, INT_PTR b) {
     return 0;
 }
 
-void KelvoWinkel::OnPlaybackEnded() {
-    if ((options_ & kStartExitAtEnd) != 0 && play_marker_ > kExitThreshold) {
-        Post(WM_COMMAND, static_cast<WPARAM>(Command::Exit), 0);
-    }
-}
-
-// --- opening and closing -----------------------------------------------------------------------
-
-bool KelvoWinkel::Open(const CString& name) {
-    const TrackNames names = ResolveTrackNames(name);
-    CloseWhatIsOpen();
-    if (!video_.OpenVideo(names.video)) return OpenSoundOnly(names.audio);
-    RememberOpened(names.video);
-    video_.StepFrames(-video_.CurrentFrame());
-    SetFilmTitle(audio_.OpenAudio(names.audio) ? kTitleFilm : kTitleNoSound, names.video);
-    SizeToFilm();
-    return true;
-}
-
-bool KelvoWinkel::OpenSoundOnly(const CString& audio_name) {
-    if (!audio_.OpenAudio(audio_name)) {
-        SetTitle(kTitle);
-        return ErrorBox(kCannotOpen);
-    }
-    SetFilmTitle(kTitleNoPicture, audio_name);
-    audio_.SetParent(this);
-    no_video_ = true;
-    SetWindowPos(Window(), nullptr, 0, 0, kSoundOnlyWidth,
-                 video_.DisplayHeight() + kSoundOnlyExtraHeight, SWP_NOMOVE | SWP_NOZORDER);
-    RememberOpened(audio_name);
-    return true;
-}
-
-void KelvoWinkel::CloseWhatIsOpen() {
-    if (video_.IsTrackOpen()) {
-        audio_.CloseAudio();
-        video_.CloseVideo();
-    }
-    if (audio_.IsTrackOpen()) {
-        audio_.StopAudio();
-        audio_.CloseAudio();
-    }
-    no_video_ = false;
-    audio_.SetParent(nullptr);
-    position_bar_.Update({.value = 0, .total = 1});
-}
-
-void KelvoWinkel::RememberOpened(const CString& name) {
-    last_directory_ = PathDirectory(name);
-}
-
-void KelvoWinkel::SetFilmTitle(const char* prefix, const CString& name) {
-    SetTitle((CString(prefix) + PathTitle(name)).Text());
-}
-
-void KelvoWinkel::OnOpenNamed(const char* name) {
-    if (!Open(CString(name))) {
-        ErrorBox(current_file_, Caption{kStartFailedCaption});
-        play_marker_ = kPlayedOnce;
-        // Nobody sees the empty window, and nobody could close it.
-        if (terminal_) EndModal(1);
-        return;
-    }
-    InvalidateRect(Window(), nullptr, TRUE);
-    lum.ProcessMessages();
-    Post(WM_COMMAND, static_cast<WPARAM>(Command::Play), 0);
-}
-
-void KelvoWinkel::OnCloseFilm() {
-    StopPlayers();
-    CloseWhatIsOpen();
-    SetTitle(kTitle);
-    video_.Redraw();
+// Sound that was stopped closes its device, too, and whoever presses Stop wants to go on.
+void KelvoWinkel::OnPlaybackEnded(int code) {
+    if (code == NotifyAudioClosed && !audio_.HasRunOut()) return;
+    const bool exits = (options_ & kStartExitAtEnd) != 0 && play_marker_ > kExitThreshold;
+    if (exits && !chooses_film_) Post(WM_COMMAND, static_cast<WPARAM>(Command::Exit), 0);
 }
 
 // --- options -----------------------------------------------------------------------------------

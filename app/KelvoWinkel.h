@@ -1,8 +1,15 @@
 #pragma once
-// The player's main window: it turns menu commands and the players' notifications into calls on the
-// two players, opens films, and titles and sizes itself to the picture. What the transport commands
-// do stands in TransportCommands.cpp, how the window takes its size in WindowSizing.cpp.
+// The player's main window: it turns commands of its menu and its button bar and the players'
+// notifications into calls on the two players. How films are opened and closed stands in
+// OpeningFilms.cpp, what the transport commands do in TransportCommands.cpp, how the window takes
+// its size in WindowSizing.cpp; which buttons are shown is TransportBar's, the times are
+// TimeDisplay's.
 
+#include "app/Commands.h"
+#include "app/DxToolkel.h"
+#include "app/LastFileslum.h"
+#include "app/TimeDisplay.h"
+#include "app/TransportBar.h"
 #include "framework/base/CString.h"
 #include "framework/window/CProgressBar.h"
 #include "framework/window/CWin.h"
@@ -29,36 +36,16 @@ inline constexpr std::uint32_t kPlainStart = kStartByScreen | kStartOpenAndPlay 
 inline constexpr std::uint32_t kCommandLineStart =
     kStartNaturalSize | kStartOpenAndPlay | kStartTopmost;
 
-/// Numbers of the commands, as the menu resource has them.
-enum class Command : WORD {
-    Open = 101,
-    CloseFilm = 102,
-    OpenNamed = 249, ///< lParam: the name
-    ToStart = 401,
-    FastBackward = 402,
-    Stop = 403,
-    Pause = 404,
-    Play = 405,
-    FastForward = 406,
-    ToEnd = 407,
-    NaturalSize = 1001,
-    Quarter = 1002,
-    Half = 1003,
-    ThreeQuarters = 1004,
-    OneAndAHalf = 1005,
-    Twice = 1006,
-    FitToWindow = 1007,
-    Continuous = 1015,
-    Topmost = 1016,
-    Exit = 10005,
-};
-
 class KelvoWinkel : public CWin {
 public:
-    KelvoWinkel();
+    /// @param recent_files  the file that keeps the recent films between runs
+    explicit KelvoWinkel(CString recent_files = RecentFilesName());
     ~KelvoWinkel() override;
+    /// "lstfls.dat" where the program keeps its files.
+    static CString RecentFilesName();
     bool HandleMessage(UINT message, WPARAM wparam, LPARAM lparam) override;
-    /// Codes of the players and of the position bar; those of the picture come from its thread.
+    /// Codes of the players, the position bar and the volume slider; those of the picture come from
+    /// its thread.
     INT_PTR HandleNotification(int code, INT_PTR a, INT_PTR b) override;
 
     /// Runs the window as the program's message loop.
@@ -68,14 +55,18 @@ public:
     bool Run(CWin* owner, const CString& file_name, std::uint32_t options);
     /// For a machine without a display: progress goes to the terminal, and a film that cannot be
     /// opened ends the program with result 1.
-    void ShowProgressOnTerminal() { terminal_ = true; }
+    void ShowProgressOnTerminal();
 
-    /// Opens a film, or the one track of it that is there; what was open is closed first.
+    /// Opens a film, or the one track of it that is there; what was open is closed first. Without a
+    /// name a person chooses one; who cancels changes nothing.
     bool Open(const CString& name);
 
     const AudioPlayerkel& Audio() const { return audio_; }
     const VideoPlayerkel& Video() const { return video_; }
     const CProgressBar& PositionBar() const { return position_bar_; }
+    const TransportBar& Buttons() const { return button_bar_; }
+    const DxToolkel& ToolDialog() const { return tool_dialog_; }
+    const LastFileslum& RecentFiles() const { return recent_files_; }
 
 private:
     struct WaitingCommand {
@@ -92,13 +83,18 @@ private:
     bool OnCommand(Command command, LPARAM lparam);
     bool OnTransportCommand(Command command);
     void CreateChildren();
+    void CreatePositionBar();
 
     /// Whether a command or the reading of sound is under way. Its box dispatches what is queued,
     /// and that must not take the film away or start it anew meanwhile.
     bool IsBusy() const { return carries_out_command_ || audio_.IsRefilling(); }
 
     // Opening
+    void OnOpen();
+    void OnOpenRecent(UINT command);
+    CString ChooseFilm();
     void CloseWhatIsOpen();
+    bool OpenFilm(const CString& name);
     bool OpenSoundOnly(const CString& audio_name);
     void OnOpenNamed(const char* name);
     void OnCloseFilm();
@@ -119,11 +115,13 @@ private:
 
     // Transport
     bool IsNothingOpen() const { return !video_.IsTrackOpen() && !no_video_; }
-    bool RefuseWith(const char* text) const;
+    bool Refuse(Command command, const char* text);
     void StopPlayers();
-    void WaitUntilStopped() const;
+    void StopAndWait();
     bool WaitForNextSeek() const;
     void PlayFromHere();
+    bool PlaySound();
+    void PlayChosenFilm();
     void RewindAtEnd();
     void OnToStart();
     void OnFastBackward();
@@ -136,26 +134,34 @@ private:
 
     // Position and time
     void OnPosition(int code, int current, int total);
-    void OnPlaybackEnded();
-    void ShowPosition(int current, int total);
-    void ShowTime(int code, int seconds);
+    void OnPlaybackEnded(int code);
+    void ShowPlace(int current, int total, int per_second);
+    void ShowWhereItStands();
+    void OnVolume(int volume);
 
     AudioPlayerkel audio_;
     VideoPlayerkel video_;
     CProgressBar position_bar_;
+    LastFileslum recent_files_;
     /// Above 100 once Play was chosen, or the film of the start failed. UI thread writes, the
     /// picture's thread reads.
     std::atomic<int> play_marker_ = 0;
     bool topmost_ = false;
+    TransportBar button_bar_;
+    DxToolkel tool_dialog_;
     CString current_file_;
-    std::uint32_t options_ = 0;
+    std::uint32_t options_ = 0; ///< fixed while the window runs
     bool no_video_ = false;
     CString last_directory_; ///< of the last film opened
+    CString recent_files_name_;
+    TimeDisplay times_{*this, position_bar_, tool_dialog_};
+    WORD volume_ = 0xFFFF; ///< as the slider was left; a device that opens gets it
     bool carries_out_command_ = false;
+    /// A person is choosing a film: the end of the one that plays does not end the program then.
+    /// UI thread writes, the picture's thread reads.
+    std::atomic<bool> chooses_film_ = false;
     std::vector<WaitingCommand> waiting_commands_; ///< came while busy; the oldest first
     bool terminal_ = false;
-    std::atomic<int> total_seconds_ = 0; ///< either thread, for the terminal's line
-    std::atomic<int> shown_seconds_ = -1;
 };
 
 } // namespace kelvo

@@ -8,6 +8,10 @@ namespace kelvo {
 /// Height of the strip above the picture.
 inline constexpr LONG kStripHeight = 24;
 
+/// Of the volume slider and the time labels.
+inline constexpr LONG kToolDialogLeft = 169;
+inline constexpr LONG kToolDialogTop = 4;
+
 inline constexpr LONG kPositionBarTop = 5;
 inline constexpr LONG kPositionBarHeight = 14;
 inline constexpr LONG kPositionBarRightMargin = 2;

@@ -2,7 +2,7 @@
 // seeking; and how the players' reports become position and time.
 
 #include "app/KelvoWinkel.h"
-#include "app/TerminalProgress.h"
+#include "framework/window/LUM.h"
 #include "platform/base/clock.h"
 #include "platform/base/threads.h"
 #include "platform/desktop/messages.h"
@@ -20,6 +20,7 @@ constexpr char kNoVideo[] = "Nessun Video Aperto!";
 /// Between the picture of a seek and its sound, so that several clicks in a row do not stutter.
 constexpr DWORD kSeekPauseMs = 500;
 constexpr DWORD kSeekPollMs = 10;
+constexpr int kLoudest = 0xFFFF;
 
 } // namespace
 
@@ -51,7 +52,8 @@ bool KelvoWinkel::OnTransportCommand(Command command) {
     }
 }
 
-bool KelvoWinkel::RefuseWith(const char* text) const {
+bool KelvoWinkel::Refuse(Command command, const char* text) {
+    button_bar_.Raise(command);
     return ErrorBox(text, Caption{kRefusedCaption});
 }
 
@@ -60,7 +62,8 @@ void KelvoWinkel::StopPlayers() {
     audio_.StopAudio();
 }
 
-void KelvoWinkel::WaitUntilStopped() const {
+void KelvoWinkel::StopAndWait() {
+    StopPlayers();
     while (video_.IsRunning() || audio_.IsPlaying()) {
         Sleep(1);
     }
@@ -68,52 +71,61 @@ void KelvoWinkel::WaitUntilStopped() const {
 
 void KelvoWinkel::OnToStart() {
     if (IsNothingOpen()) {
-        RefuseWith(kNoFile);
+        Refuse(Command::ToStart, kNoFile);
         return;
     }
     audio_.StopAudio();
     video_.StopPlayback();
     if (video_.IsTrackOpen()) video_.StepFrames(-video_.CurrentFrame());
     audio_.SetPosition(0);
+    button_bar_.ResetTransport();
+    ShowWhereItStands();
 }
 
 void KelvoWinkel::OnToEnd() {
     if (IsNothingOpen()) {
-        RefuseWith(kNoFile);
+        Refuse(Command::ToEnd, kNoFile);
         return;
     }
     audio_.StopAudio();
     video_.StopPlayback();
     if (video_.IsTrackOpen()) video_.StepFrames(video_.FrameCount() - video_.CurrentFrame());
     audio_.SetPosition(audio_.FrameCount() - 1);
+    button_bar_.ResetTransport();
+    ShowWhereItStands();
 }
 
 void KelvoWinkel::OnFastBackward() {
     if (!video_.IsTrackOpen()) {
-        RefuseWith(kNoVideo);
+        Refuse(Command::FastBackward, kNoVideo);
         return;
     }
-    StopPlayers();
-    WaitUntilStopped();
+    button_bar_.SetTransportBusy(WithPause::Yes);
+    StopAndWait();
     video_.FastBackward();
 }
 
 void KelvoWinkel::OnFastForward() {
-    if (!video_.IsTrackOpen()) {
-        if (audio_.IsTrackOpen()) {
-            audio_.FastForward();
-        } else {
-            RefuseWith(kNoFileToForward);
-        }
-        return;
+    if (video_.IsTrackOpen()) {
+        button_bar_.SetTransportBusy(WithPause::Yes);
+        StopAndWait();
+        video_.FastForward();
+    } else if (!audio_.IsTrackOpen()) {
+        Refuse(Command::FastForward, kNoFileToForward);
+    } else if (audio_.FastForward()) {
+        audio_.SetVolume(volume_);
+        button_bar_.SetTransportBusy(WithPause::Yes);
+    } else {
+        button_bar_.Raise(Command::FastForward);
     }
-    StopPlayers();
-    WaitUntilStopped();
-    video_.FastForward();
 }
 
 void KelvoWinkel::OnStop() {
-    if (IsNothingOpen()) return;
+    if (IsNothingOpen()) {
+        button_bar_.Raise(Command::Stop);
+        return;
+    }
+    button_bar_.RestoreTransport();
     StopPlayers();
     if (video_.IsTrackOpen()) audio_.SyncToVideo(video_);
 }
@@ -121,13 +133,13 @@ void KelvoWinkel::OnStop() {
 // The picture is held together with its sound: a film whose audio frames are long would otherwise
 // run on to the end of the one that is heard, and one without sound would not stop at all.
 void KelvoWinkel::OnPause() {
-    if (no_video_) {
-        audio_.TogglePause();
+    const bool plays = no_video_ ? audio_.IsPlaying() : video_.IsRunning();
+    if (IsNothingOpen() || !plays) {
+        button_bar_.Raise(Command::Pause);
         return;
     }
-    if (!video_.IsTrackOpen() || !video_.IsRunning()) return;
-    const bool hold = !video_.IsPictureHeld();
-    video_.HoldPicture(hold);
+    const bool hold = button_bar_.IsDown(Command::Pause);
+    if (!no_video_) video_.HoldPicture(hold);
     if (hold) {
         audio_.Pause();
     } else {
@@ -136,12 +148,26 @@ void KelvoWinkel::OnPause() {
 }
 
 void KelvoWinkel::OnPlay() {
-    if (IsNothingOpen()) return;
-    StopPlayers();
-    WaitUntilStopped();
+    if (IsNothingOpen()) {
+        PlayChosenFilm();
+        return;
+    }
+    button_bar_.SetTransportBusy(WithPause::No);
+    StopAndWait();
     RewindAtEnd();
     PlayFromHere();
     play_marker_ = kPlayedOnce;
+}
+
+void KelvoWinkel::PlayChosenFilm() {
+    if (!Open({})) {
+        button_bar_.Raise(Command::Play);
+        return;
+    }
+    InvalidateRect(Window(), nullptr, TRUE);
+    lum.ProcessMessages();
+    if (video_.IsTrackOpen()) Sleep(kSeekPauseMs);
+    PlayFromHere();
 }
 
 // Playing a film that has been played to its end begins anew.
@@ -155,14 +181,28 @@ void KelvoWinkel::RewindAtEnd() {
     }
 }
 
+// The bar shows that something plays, whichever road led here; nothing is paused any more.
 void KelvoWinkel::PlayFromHere() {
+    button_bar_.ShowClick(Command::Play);
+    button_bar_.Raise(Command::Pause);
+    button_bar_.SetTransportBusy(WithPause::No);
     const bool has_sound = audio_.IsTrackOpen();
+    bool plays = false;
     if (video_.IsTrackOpen()) {
         audio_.SyncToVideo(video_);
-        video_.PlayNormal(&audio_);
+        plays = video_.PlayNormal(&audio_);
     }
+    if (has_sound && PlaySound()) return;
     // A machine without a sound device still shows the film, on its own period.
-    if (has_sound && !audio_.Play(nullptr) && video_.IsTrackOpen()) video_.PlayNormal(nullptr);
+    if (has_sound && video_.IsTrackOpen()) plays = video_.PlayNormal(nullptr);
+    if (!plays) button_bar_.ResetTransport();
+}
+
+bool KelvoWinkel::PlaySound() {
+    if (!audio_.Play(nullptr)) return false;
+    audio_.SetVolume(volume_);
+    tool_dialog_.SetVolumePosition(audio_.GetVolume());
+    return true;
 }
 
 // Clicks that come faster than the pause would queue up for minutes, each played for a moment: the
@@ -185,13 +225,20 @@ void KelvoWinkel::OnSeek(int position) {
     audio_.StopAudio();
     if (!video_.IsTrackOpen()) {
         audio_.SetPosition(std::clamp(position, 0, std::max(audio_.FrameCount() - 1, 0)));
-        audio_.Play(nullptr);
+        ShowWhereItStands();
+        PlayFromHere();
         return;
     }
     video_.StepFrames(position - video_.CurrentFrame());
     audio_.SyncToVideo(video_);
+    ShowWhereItStands();
     UpdateWindow(video_.Window());
     if (!WaitForNextSeek()) PlayFromHere();
+}
+
+void KelvoWinkel::OnVolume(int volume) {
+    volume_ = static_cast<WORD>(std::clamp(volume, 0, kLoudest));
+    audio_.SetVolume(volume_);
 }
 
 // --- position and time -------------------------------------------------------------------------
@@ -199,21 +246,26 @@ void KelvoWinkel::OnSeek(int position) {
 void KelvoWinkel::OnPosition(int code, int current, int total) {
     const bool is_audio = code == NotifyAudioStarted || code == NotifyAudioBuffer;
     const int per_second = std::max(is_audio ? audio_.nFramesAlSec() : video_.nImgAlSec(), 1);
-    ShowPosition(current, total);
-    const bool is_start = code == NotifyStarted || code == NotifyAudioStarted;
-    ShowTime(code, (is_start ? total : current) / per_second);
-}
-
-void KelvoWinkel::ShowPosition(int current, int total) {
-    position_bar_.Update({.value = current, .total = total});
-}
-
-void KelvoWinkel::ShowTime(int code, int seconds) {
-    if (!terminal_) return;
+    times_.ShowPosition(current, total);
     if (code == NotifyStarted || code == NotifyAudioStarted) {
-        total_seconds_ = seconds;
-    } else if (shown_seconds_.exchange(seconds) != seconds) {
-        PrintProgress(seconds, total_seconds_);
+        times_.ShowTotal(total / per_second);
+    } else {
+        times_.ShowElapsed(current / per_second);
+    }
+}
+
+void KelvoWinkel::ShowPlace(int current, int total, int per_second) {
+    times_.ShowPosition(current, total);
+    times_.ShowTotal(total / std::max(per_second, 1));
+    times_.ShowElapsed(current / std::max(per_second, 1));
+}
+
+// While nothing plays, nobody reports where the film stands.
+void KelvoWinkel::ShowWhereItStands() {
+    if (video_.IsTrackOpen()) {
+        ShowPlace(video_.CurrentFrame(), video_.FrameCount(), video_.nImgAlSec());
+    } else if (audio_.IsTrackOpen()) {
+        ShowPlace(audio_.CurrentFrame(), audio_.FrameCount(), audio_.nFramesAlSec());
     }
 }
 

@@ -31,14 +31,14 @@ INT_PTR WatchedWindow::HandleNotification(int code, INT_PTR a, INT_PTR b) {
 }
 
 void StartedPlayer::Create() {
-    window_ = std::make_unique<WatchedWindow>();
+    window_ = std::make_unique<WatchedWindow>(folder_.Name("lstfls.dat"));
     ASSERT_EQ(window_->CWin::Create(HWND{}), 1);
     lum.ProcessMessages();
 }
 
 bool StartedPlayer::RunUntil(const CString& file, std::uint32_t options,
                              const std::function<bool()>& condition) {
-    window_ = std::make_unique<WatchedWindow>();
+    window_ = std::make_unique<WatchedWindow>(folder_.Name("lstfls.dat"));
     window_->condition = condition;
     result_ = window_->Run(nullptr, file, options);
     return window_->came_true;

@@ -27,6 +27,7 @@ struct Pair {
 /// Looks at a condition every few milliseconds while it runs, and notes what its players report.
 class WatchedWindow : public KelvoWinkel {
 public:
+    using KelvoWinkel::KelvoWinkel;
     bool HandleMessage(UINT message, WPARAM wparam, LPARAM lparam) override;
     INT_PTR HandleNotification(int code, INT_PTR a, INT_PTR b) override;
     /// How often the picture has ended. Any thread.

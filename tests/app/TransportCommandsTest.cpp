@@ -37,7 +37,6 @@ TEST_F(Transport, RefusesWithNothingOpen) {
              Refusal{Command::FastForward, {"Impossibile eseguire: Nessun file Aperto!"}},
              Refusal{Command::Stop, {}},
              Refusal{Command::Pause, {}},
-             Refusal{Command::Play, {}},
          }) {
         Do(one.command);
         EXPECT_EQ(TakeBoxes(), one.boxes) << static_cast<int>(one.command);
