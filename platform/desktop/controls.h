@@ -173,7 +173,7 @@ inline constexpr UINT BST_FOCUS = 0x0008;
 // Notifications are WM_COMMAND: low word of wParam the control's number, high word the code, lParam
 // the control.
 inline constexpr UINT BN_CLICKED = 0;
-inline constexpr UINT BN_DOUBLECLICKED = 5; ///< with BS_NOTIFY, and of owner-drawn buttons
+inline constexpr UINT BN_DOUBLECLICKED = 5; ///< with BS_NOTIFY; the press counts as a click, too
 inline constexpr UINT BN_SETFOCUS = 6;      ///< with BS_NOTIFY
 inline constexpr UINT BN_KILLFOCUS = 7;     ///< with BS_NOTIFY
 
