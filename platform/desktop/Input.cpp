@@ -6,6 +6,7 @@
 #include "platform/desktop/UiLoop.h"
 #include "platform/desktop/Window.h"
 #include "platform/desktop/WindowFrames.h"
+#include "platform/desktop/WindowMenus.h"
 #include "platform/desktop/WindowPlacement.h"
 #include "platform/desktop/WindowTable.h"
 #include "platform/desktop/WindowViews.h"
@@ -317,6 +318,7 @@ protected:
             const auto bar = menu_bars_.find(object);
             if (bar != menu_bars_.end() && IsPress(*event)) {
                 QueueFramePress(static_cast<QMouseEvent&>(*event), {bar->second, HTMENU});
+                if (::GetPropA(bar->second, kMenuHolds) != nullptr) return true;
             }
             return QObject::eventFilter(object, event);
         }

@@ -153,6 +153,15 @@ void MessageQueue::AddInput(MSG message, std::unique_ptr<QEvent> event) {
     Signal();
 }
 
+void MessageQueue::MoveKeys(HWND from, HWND to) {
+    for (Entry& entry : input_) {
+        const UINT message = entry.message.message;
+        const bool is_key =
+            (message >= WM_KEYDOWN && message <= WM_SYSKEYUP) || message == WM_IME_COMPOSITION;
+        if (is_key && entry.message.hwnd == from) entry.message.hwnd = to;
+    }
+}
+
 void MessageQueue::AnswerCalls() {
     for (;;) {
         std::shared_ptr<PendingCall> call;

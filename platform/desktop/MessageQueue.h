@@ -60,6 +60,8 @@ public:
 
     /// Behind all input; a move replaces a move to the same window before it.
     void AddInput(MSG message, std::unique_ptr<QEvent> event);
+    /// The keyboard has moved on: keys that wait for one window wait for the other.
+    void MoveKeys(HWND from, HWND to);
     /// Runs what other threads wait for.
     void AnswerCalls();
     /// The next posted message or input.

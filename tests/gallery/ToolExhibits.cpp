@@ -58,6 +58,7 @@ public:
             OnCreate();
             return false;
         case WM_COMMAND:
+            if (HIWORD(wparam) != 0) return false; // the edit tells of its focus
             OnCommand(static_cast<int>(wparam), lparam);
             return true;
         default:

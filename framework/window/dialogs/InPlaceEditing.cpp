@@ -102,6 +102,8 @@ bool InPlaceEditing::Place(HWND dialog, HWND control, const RECT& area, const CS
                               nullptr, nullptr, nullptr);
     if (editor_ == nullptr) return false;
     control_ = control;
+    keeps_on_leaving_ = Keep::Yes;
+    focus_before_ = GetFocus();
     SetPropA(editor_, kEditorProperty, this);
     editor_before_ = reinterpret_cast<WNDPROC>(
         SetWindowLongPtrA(editor_, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&EditorProcedure)));
@@ -127,7 +129,7 @@ LRESULT InPlaceEditing::EditorProcedure(HWND window, UINT message, WPARAM wparam
     case WM_KILLFOCUS: {
         const LRESULT answer = CallWindowProcA(before, window, message, wparam, lparam);
         // The focus is on its way elsewhere and must not be taken back.
-        if (IsWindow(window) != FALSE) editing->Finish(Keep::Yes);
+        if (IsWindow(window) != FALSE) editing->Finish(editing->keeps_on_leaving_);
         return answer;
     }
     default:
@@ -137,13 +139,16 @@ LRESULT InPlaceEditing::EditorProcedure(HWND window, UINT message, WPARAM wparam
 }
 
 void InPlaceEditing::End(Keep keep) {
-    const HWND control = control_;
-    if (Finish(keep)) SetFocus(control);
+    if (editor_ == nullptr) return;
+    keeps_on_leaving_ = keep;
+    // While the editor is still there, what was typed ahead goes over to where the keyboard was.
+    if (GetFocus() == editor_) SetFocus(focus_before_);
+    Finish(keep);
 }
 
-bool InPlaceEditing::Finish(Keep keep) {
+void InPlaceEditing::Finish(Keep keep) {
     const HWND editor = std::exchange(editor_, nullptr);
-    if (editor == nullptr) return false;
+    if (editor == nullptr) return;
     if (IsWindow(editor) != FALSE) {
         if (keep == Keep::Yes) WriteBack(WindowText(editor));
         RemovePropA(editor, kEditorProperty);
@@ -151,7 +156,6 @@ bool InPlaceEditing::Finish(Keep keep) {
         DestroyWindow(editor);
     }
     control_ = nullptr;
-    return true;
 }
 
 void InPlaceEditing::WriteBack(const CString& text) const {

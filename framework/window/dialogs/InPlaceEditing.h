@@ -31,20 +31,22 @@ public:
     /// @return false when there is nothing to edit
     bool Begin(HWND dialog, HWND control);
     bool IsEditing() const { return editor_ != nullptr; }
-    /// Writes the text back, or not, and gives the keyboard back to the control.
+    /// Writes the text back, or not, and gives the keyboard back to where it was.
     void End(Keep keep);
 
 private:
     static LRESULT EditorProcedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam);
     bool Place(HWND dialog, HWND control, const RECT& area, const CString& text);
-    bool Finish(Keep keep);
+    void Finish(Keep keep);
     void WriteBack(const CString& text) const;
 
     EditsInPlace what_;
     std::set<int> editable_;
     HWND editor_ = nullptr;
     HWND control_ = nullptr; ///< whose text is edited
+    HWND focus_before_ = nullptr;
     int item_ = -1;          ///< of a list
+    Keep keeps_on_leaving_ = Keep::Yes;
     WNDPROC editor_before_ = nullptr;
 };
 

@@ -17,7 +17,6 @@ constexpr std::size_t kFixedCharacters = 15;
 constexpr int kLargestExponent = 200;
 constexpr int kMostSignificantDigits = 17;
 constexpr char kZero[] = "0";
-constexpr char kBelowThreshold[] = "0.0";
 
 struct Digits {
     std::string text;
@@ -82,10 +81,6 @@ const char* SignificantDigitsText(double value, int digits) {
     std::snprintf(buffer.data(), buffer.size(), "%.*g",
                   std::clamp(digits, 1, kMostSignificantDigits), value);
     return buffer.data();
-}
-
-const char* NumberTextFrom(double value, double threshold) {
-    return std::fabs(value) >= threshold ? FixedNumberText(value) : kBelowThreshold;
 }
 
 } // namespace kelvo

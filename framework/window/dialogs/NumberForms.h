@@ -12,7 +12,4 @@ const char* FixedNumberText(double value);
 /// @return one static buffer, which the next call overwrites; UI thread only
 const char* SignificantDigitsText(double value, int digits);
 
-/// FixedNumberText where the value reaches the threshold in either direction, else "0.0".
-const char* NumberTextFrom(double value, double threshold);
-
 } // namespace kelvo

@@ -24,7 +24,13 @@ void ToolTipTracking::Begin(HWND dialog) {
     help_.HideTip();
     explained_ = nullptr;
     tracking_ = true;
-    SetCapture(dialog);
+    // A button that this was called from is about to let the mouse go: the capture comes with the
+    // move, which also explains what the pointer is over already.
+    POINT point{};
+    GetCursorPos(&point);
+    ScreenToClient(dialog, &point);
+    PostMessageA(dialog, WM_MOUSEMOVE, 0,
+                 MAKELPARAM(static_cast<DWORD_PTR>(point.x), static_cast<DWORD_PTR>(point.y)));
 }
 
 void ToolTipTracking::End() {
