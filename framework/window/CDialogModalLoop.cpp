@@ -3,6 +3,7 @@
 #include "framework/window/CDialog.h"
 #include "framework/window/LUM.h"
 #include "platform/desktop/dialogs.h"
+#include "platform/desktop/menus.h"
 
 #include <algorithm>
 #include <utility>
@@ -58,6 +59,8 @@ LPARAM CDialog::ModalRun(CWin* owner) {
 void CDialog::LoopUntilEnd(const CWin* owner) {
     const std::vector<HWND> owner_side =
         owner != nullptr ? AncestorsOf(Window()) : std::vector<HWND>{};
+    for (const HWND window : owner_side)
+        platform::HoldMenuBar(window, platform::MenuBarUse::Held);
     // A window that somebody destroyed will never get its end message.
     while (!end_requested_ && HasWindow()) {
         MSG message{};
@@ -67,6 +70,8 @@ void CDialog::LoopUntilEnd(const CWin* owner) {
         HandleModalMessage(message, owner, owner_side);
         if (is_end) OnEndMessage(message.lParam);
     }
+    for (const HWND window : owner_side)
+        platform::HoldMenuBar(window, platform::MenuBarUse::Released);
 }
 
 void CDialog::ProcessMessages(const CWin* inert_owner) {
@@ -115,6 +120,7 @@ void CDialog::HandleOwnerMessage(const MSG& message) {
         DispatchMessageA(&message);
         break;
     case WM_LBUTTONDOWN:
+    case WM_NCLBUTTONDOWN: // on its menu bar
         MessageBeep(kDefaultBeep);
         FocusBack();
         break;

@@ -4,6 +4,7 @@
 #include "platform/desktop/Input.h"
 #include "platform/desktop/MenuTable.h"
 #include "platform/desktop/Window.h"
+#include "platform/desktop/WindowMenus.h"
 #include "platform/desktop/WindowPlacement.h"
 #include "platform/desktop/WindowTable.h"
 #include "platform/desktop/WindowViews.h"
@@ -284,3 +285,13 @@ BOOL DrawMenuBar(HWND window) {
     FrameOf(window)->MenuBar().update();
     return TRUE;
 }
+
+namespace kelvo::platform {
+
+void HoldMenuBar(HWND window, MenuBarUse use) {
+    const auto holds = reinterpret_cast<INT_PTR>(::GetPropA(window, kMenuHolds));
+    const INT_PTR now = use == MenuBarUse::Held ? holds + 1 : std::max<INT_PTR>(holds - 1, 0);
+    ::SetPropA(window, kMenuHolds, reinterpret_cast<HANDLE>(now));
+}
+
+} // namespace kelvo::platform

@@ -5,6 +5,9 @@
 
 namespace kelvo::desktop {
 
+/// Property of a window whose menu bar is held: how often.
+inline constexpr char kMenuHolds[] = "KelvoMenuHolds";
+
 /// Number of living menus.
 int CountMenus();
 

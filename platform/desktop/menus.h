@@ -54,3 +54,13 @@ HMENU GetMenu(HWND window);
 BOOL SetMenu(HWND window, HMENU menu);
 /// Menus show their changes at once. @return whether the window has a menu.
 BOOL DrawMenuBar(HWND window);
+
+namespace kelvo::platform {
+
+enum class MenuBarUse : bool { Held, Released };
+
+/// Holds a window's menu bar: it opens nothing, a press on it is only told by WM_NCLBUTTONDOWN.
+/// Each hold is released once. UI thread only.
+void HoldMenuBar(HWND window, MenuBarUse use);
+
+} // namespace kelvo::platform

@@ -2,9 +2,14 @@
 #include "framework/window/WindowProcedures.h"
 #include "platform/base/threads.h"
 #include "platform/desktop/dialogs.h"
+#include "platform/desktop/menus.h"
 #include "tests/framework/window/WindowFixture.h"
 
 #include <gmock/gmock.h>
+
+#include <QApplication>
+#include <QMenuBar>
+#include <QTest>
 
 #include <functional>
 #include <string>
@@ -229,6 +234,37 @@ TEST(DialogObject, KeepsItsOwnersSideInertAndOthersAlive) {
     EXPECT_GE(owner.Count(WM_PAINT), 1);
     EXPECT_EQ(other.Count(WM_USER + 2), 1);
     EXPECT_EQ(keyboard_id, 101); // it went back to the dialog's first control
+}
+
+TEST(DialogObject, KeepsItsOwnersMenusClosedWhileItRuns) {
+    NotingWindow owner;
+    const HMENU menu = CreateMenu();
+    const HMENU file = CreatePopupMenu();
+    AppendMenuA(file, MF_STRING, 300, "Apri");
+    AppendMenuA(menu, MF_POPUP, reinterpret_cast<UINT_PTR>(file), "File");
+    owner.SetMenuHandle(menu);
+    ASSERT_EQ(owner.Create(), 1);
+    lum.ProcessMessages();
+    QMenuBar* bar = nullptr;
+    for (QWidget* window : QApplication::topLevelWidgets()) {
+        if (auto* const found = window->findChild<QMenuBar*>()) bar = found;
+    }
+    ASSERT_NE(bar, nullptr);
+    const auto press_opens = [bar] {
+        QTest::mousePress(bar, Qt::LeftButton, {}, bar->actionGeometry(bar->actions()[0]).center());
+        QWidget* const popup = QApplication::activePopupWidget();
+        if (popup != nullptr) popup->close();
+        return popup != nullptr;
+    };
+    NotingDialog dialog;
+    bool has_opened = true;
+    InLoop(dialog, [&] {
+        has_opened = press_opens();
+        dialog.EndDialog(1);
+    });
+    EXPECT_EQ(dialog.ModalRun(&owner, "ASKING"), 1);
+    EXPECT_FALSE(has_opened);
+    EXPECT_TRUE(press_opens());
 }
 
 TEST(DialogObject, MayLeaveItsOwnerUnpaintedUntilItEnds) {
