@@ -3,6 +3,7 @@
 #include "framework/window/CDc.h"
 #include "framework/window/tools/ButtonFaces.h"
 #include "framework/window/tools/ButtonTip.h"
+#include "platform/desktop/accessibility.h"
 #include "platform/desktop/messages.h"
 
 namespace kelvo {
@@ -30,6 +31,9 @@ bool BitmapButton::HandleMessage(UINT message, WPARAM wparam, LPARAM lparam) {
     }
     if (CWin::HandleMessage(message, wparam, lparam)) return true;
     switch (message) {
+    case WM_NCCREATE: // before anything can ask what the window is
+        Describe();
+        return false;
     case WM_PAINT:
         return OnPaint();
     case WM_LBUTTONDOWN:
@@ -64,6 +68,12 @@ bool BitmapButton::HandleMessage(UINT message, WPARAM wparam, LPARAM lparam) {
 
 void BitmapButton::Repaint() const {
     InvalidateRect(Window(), nullptr, FALSE);
+    Describe();
+}
+
+void BitmapButton::Describe() const {
+    platform::DescribeButton(Window(),
+                             {.toggles = kind_ == ButtonKind::Toggle, .is_down = pressed_ != 0});
 }
 
 void BitmapButton::Report(UINT message, LPARAM lparam) {

@@ -56,6 +56,7 @@ public:
     void SetForwarding(bool forwards) { forwards_ = forwards ? 1 : 0; }
 
 private:
+    void Describe() const;
     void Report(UINT message, LPARAM lparam);
     bool OnPaint();
     bool OnLeftDown();

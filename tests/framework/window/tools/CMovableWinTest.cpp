@@ -19,11 +19,21 @@ protected:
         ASSERT_EQ(window_.Create(), 1);
         lum.ProcessMessages();
     }
+    /// Of the owner's client area: a window manager need not put it where it was asked to.
+    POINT Origin() const {
+        POINT origin{};
+        ClientToScreen(owner_.Window(), &origin);
+        return origin;
+    }
+    /// To a point of the owner's client area.
+    void MovePointerTo(LONG x, LONG y) const { MovePointer(Origin().x + x, Origin().y + y); }
     /// In the owner's client area.
     RECT Place() const {
         RECT place{};
         GetWindowRect(window_.Window(), &place);
-        return {place.left - 20, place.top - 30, place.right - 20, place.bottom - 30};
+        const POINT origin = Origin();
+        return {place.left - origin.x, place.top - origin.y, place.right - origin.x,
+                place.bottom - origin.y};
     }
     void ExpectPlace(LONG left, LONG top, LONG right, LONG bottom) const {
         const RECT place = Place();
@@ -56,10 +66,10 @@ TEST_F(MovableWindow, FollowsTheMouseOnlyWhileItIsMovable) {
     CreateAt(10, 10, 100, 50);
     QWidget* const widget = desktop::WidgetOf(window_.Window());
     const auto drag = [&] {
-        MovePointer(20 + 40, 30 + 40);
-        QTest::mousePress(widget, Qt::LeftButton, {}, widget->mapFromGlobal(QPoint(60, 70)));
+        MovePointerTo(40, 40);
+        QTest::mousePress(widget, Qt::LeftButton, {}, QPoint(40, 40) - widget->pos());
         lum.ProcessMessages();
-        MovePointer(60 + 25, 70 + 35);
+        MovePointerTo(40 + 25, 40 + 35);
         lum.ProcessMessages();
         QTest::mouseRelease(widget, Qt::LeftButton, {}, {5, 5});
         lum.ProcessMessages();
@@ -71,7 +81,7 @@ TEST_F(MovableWindow, FollowsTheMouseOnlyWhileItIsMovable) {
     ExpectPlace(35, 45, 135, 95);
     EXPECT_FALSE(window_.IsDragged());
     EXPECT_EQ(GetCapture(), nullptr);
-    MovePointer(200, 200);
+    MovePointerTo(180, 170);
     lum.ProcessMessages();
     ExpectPlace(35, 45, 135, 95);
 }
@@ -86,15 +96,15 @@ TEST_F(MovableWindow, HasAnEdgeThatSizesItWhileItIsMovable) {
     EXPECT_EQ(client.bottom, 72);
     POINT corner{};
     ClientToScreen(window_.Window(), &corner);
-    EXPECT_EQ(corner.x, 20 + 54);
+    EXPECT_EQ(corner.x, Origin().x + 54);
     // The lower right corner, on the edge that is drawn on the owner.
     QWidget* const below = desktop::WidgetOf(owner_.Window());
-    MovePointer(20 + 148, 30 + 138);
+    MovePointerTo(148, 138);
     lum.ProcessMessages();
     owner_.noted.clear();
     QTest::mousePress(below, Qt::LeftButton, {}, {148, 138});
     QTimer::singleShot(0, [&] {
-        MovePointer(20 + 158, 30 + 168);
+        MovePointerTo(158, 168);
         QTest::mouseRelease(below, Qt::LeftButton, {}, {158, 168});
     });
     ASSERT_TRUE(ProcessUntil([this] { return Place().right == 160; }));

@@ -4,6 +4,8 @@
 #include "framework/window/tools/GestToolButtonsGroups.h"
 #include "tests/framework/window/tools/ToolWindowFixture.h"
 
+#include <QAccessible>
+
 #include <gmock/gmock.h>
 
 namespace kelvo {
@@ -267,6 +269,29 @@ TEST_F(ToolWindow, SwapsNamedGroupsOfButtons) {
     groups.HideCurrentGroup(bar_);
     EXPECT_EQ(bar_.FindButton(3), nullptr);
     EXPECT_EQ(groups.CurrentGroup(), -1);
+}
+
+TEST_F(ToolWindow, TellsAssistantsItsButtonsAndLetsThemPress) {
+    AddSquare(1, 0, ButtonKind::Push, 0, "Vai alla fine");
+    AddSquare(2, 30, ButtonKind::Toggle, 0, "Pausa");
+    const auto described = [this](std::int32_t id) {
+        return QAccessible::queryAccessibleInterface(
+            desktop::WidgetOf(bar_.FindButton(id)->Window()));
+    };
+    EXPECT_EQ(described(1)->role(), QAccessible::Button);
+    EXPECT_EQ(described(1)->text(QAccessible::Name), "Vai alla fine");
+    EXPECT_FALSE(described(1)->state().checkable);
+    described(1)->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
+    described(2)->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
+    lum.ProcessMessages();
+    EXPECT_THAT(Commands(), ElementsAre(1, 2));
+    EXPECT_FALSE(described(1)->state().pressed);
+    EXPECT_TRUE(described(2)->state().checked);
+    bar_.DisableButton(2);
+    EXPECT_TRUE(described(2)->state().disabled);
+    described(2)->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
+    lum.ProcessMessages();
+    EXPECT_THAT(Commands(), IsEmpty());
 }
 
 TEST_F(ToolWindow, ShowsATipWhereThePointerRestsUntilItLeaves) {
