@@ -7,8 +7,8 @@ namespace {
 
 constexpr int kFilePopup = 0;
 constexpr int kOptionsPopup = 1;
-// Entries as the arrow keys count them, which stop neither at separators nor at grey ones.
-constexpr int kChiudi = 0;
+// Entries as the arrow keys count them, which do not stop at separators.
+constexpr int kChiudi = 1;
 enum Entry : int {
     kNaturalSize = 0,
     kFitToWindow = 1,
