@@ -8,6 +8,7 @@
 #include <QAbstractItemView>
 #include <QComboBox>
 #include <QLineEdit>
+#include <QPointer>
 
 #include <algorithm>
 #include <cstring>
@@ -46,7 +47,10 @@ class ComboBox final : public Control {
 public:
     explicit ComboBox(const ControlSetup& setup)
         : Control(setup), has_field_((setup.style & kKindMask) != CBS_DROPDOWNLIST) {
-        box_ = MakeWidget<DropBox>([this](bool opens) { OnList(opens); });
+        const QPointer<QObject> alive = Connections();
+        box_ = MakeWidget<DropBox>([this, alive](bool opens) {
+            if (alive) OnList(opens);
+        });
         box_->setEditable(has_field_);
         box_->setInsertPolicy(QComboBox::NoInsert);
         if (has_field_) box_->setCompleter(nullptr);

@@ -14,6 +14,7 @@
 #include <QLineEdit>
 #include <QMimeData>
 #include <QPlainTextEdit>
+#include <QPointer>
 
 #include <algorithm>
 #include <cstring>
@@ -136,13 +137,17 @@ private:
 void Edit::MakeSingleLine(bool has_frame) {
     auto* const edit = MakeWidget<QLineEdit>();
     edit->setFrame(has_frame);
-    field_ = SingleLineField(*edit, [this](QString& whole) { return MayBecome(whole); });
+    // The widget outlives the control, and is asked once more when it loses the keyboard.
+    const QPointer<QObject> alive = Connections();
+    field_ = SingleLineField(*edit,
+                             [this, alive](QString& whole) { return !alive || MayBecome(whole); });
     QObject::connect(edit, &QLineEdit::textChanged, Connections(), [this] { OnChanged(); });
 }
 
 void Edit::MakeMultiLine(bool has_frame) {
-    auto* const edit =
-        MakeWidget<FilteredText>([this](const QString& text) { return Wanted(text); });
+    const QPointer<QObject> alive = Connections();
+    auto* const edit = MakeWidget<FilteredText>(
+        [this, alive](const QString& text) { return alive ? Wanted(text) : QString(); });
     if (!has_frame) edit->setFrameShape(QFrame::NoFrame);
     edit->setTabChangesFocus(false);
     const bool wraps = (style_ & (ES_AUTOHSCROLL | WS_HSCROLL)) == 0;
