@@ -2,12 +2,14 @@
 
 #include "app/CommandLine.h"
 #include "app/KelvoWinkel.h"
+#include "app/ProgressBarDialogkel.h"
 #include "framework/window/LUM.h"
 #include "platform/base/resources.h"
 #include "platform/desktop/Desktop.h"
 #include "platform/sound/wave.h"
 
 #include <cstdio>
+#include <optional>
 
 namespace {
 
@@ -24,6 +26,8 @@ int RunPlayer(HINSTANCE instance, const kelvo::CString& file_name) {
         return 1;
     }
     kelvo::KelvoWinkel window;
+    std::optional<kelvo::ProgressDialogs> progress_dialogs;
+    if (!terminal) progress_dialogs.emplace(window);
     if (terminal) {
         kelvo::platform::UseSilentDeviceByDefault();
         window.ShowProgressOnTerminal();
