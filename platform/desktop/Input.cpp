@@ -278,6 +278,7 @@ public:
     void WatchAll(QWidget* widget, HWND window) {
         if (widget->isWindow()) return; // an open list looks after its input itself
         controls_[widget] = window;
+        widget->setMouseTracking(true); // moves are messages whether or not a button is down
         widget->installEventFilter(this);
         for (QObject* child : widget->children()) {
             if (child->isWidgetType()) WatchAll(static_cast<QWidget*>(child), window);
