@@ -181,8 +181,9 @@ TEST_F(Pictures, ShowAButtonsOtherPictureWhileItIsHeld) {
         }
         return pixels;
     };
+    screen.MoveTo(button.x + 8, button.y + 8); // the screen's pixels have the pointer in them
+    visit_->WaitUntilStill();
     const auto normal = face();
-    screen.MoveTo(button.x + 8, button.y + 8);
     screen.HoldButton();
     EXPECT_TRUE(WaitUntil([&] { return face() != normal; }));
     screen.ReleaseButton();
@@ -252,6 +253,7 @@ protected:
     }
     /// Presses the button of a number in the bar.
     void ClickButton(int number) {
+        visit_->WaitUntilStill();
         const Area window = visit_->Window();
         TheStage().Screen().Click(window.x + 8 + number * 20 + 10, window.y + 8 + 10);
     }

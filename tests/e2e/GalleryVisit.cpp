@@ -6,6 +6,9 @@
 namespace kelvo::test {
 namespace {
 
+/// Shorter than a caret blinks.
+constexpr std::chrono::milliseconds kStill{150};
+
 Environment WithChanges(Environment base, const Environment& changes) {
     for (const auto& [name, value] : changes) {
         base[name] = value;
@@ -43,17 +46,51 @@ Area GalleryVisit::At(int x, int y) const {
             window.y + y * window.height / units_.height, 1, 1};
 }
 
+void GalleryVisit::WaitUntilStill() const {
+    const Area window = Window();
+    const auto read = [&] {
+        std::vector<std::uint32_t> pixels;
+        for (int y = window.y; y < window.y + window.height; ++y) {
+            for (int x = window.x; x < window.x + window.width; ++x) {
+                pixels.push_back(stage_.Screen().Pixel(x, y));
+            }
+        }
+        return pixels;
+    };
+    auto pixels = read();
+    auto since = Clock::now();
+    WaitUntil([&] {
+        auto next = read();
+        if (next != pixels) since = Clock::now();
+        pixels = std::move(next);
+        return Clock::now() - since >= kStill;
+    });
+}
+
+void GalleryVisit::Press(const char* key) const {
+    WaitUntilStill();
+    stage_.Screen().Press(key);
+}
+
+void GalleryVisit::Type(const std::string& text) const {
+    WaitUntilStill();
+    stage_.Screen().Type(text);
+}
+
 void GalleryVisit::Click(int x, int y) const {
+    WaitUntilStill();
     const Area place = At(x, y);
     stage_.Screen().Click(place.x, place.y);
 }
 
 void GalleryVisit::DoubleClick(int x, int y) const {
+    WaitUntilStill();
     const Area place = At(x, y);
     stage_.Screen().DoubleClick(place.x, place.y);
 }
 
 void GalleryVisit::MoveTo(int x, int y) const {
+    WaitUntilStill();
     const Area place = At(x, y);
     stage_.Screen().MoveTo(place.x, place.y);
 }

@@ -27,14 +27,17 @@ public:
     void UseUnits(int width, int height) { units_ = {0, 0, width, height}; }
     /// A place in dialog units, on the screen.
     Area At(int x, int y) const;
+    /// Until nothing has changed on the window for a moment: what came before has had its effect.
+    void WaitUntilStill() const;
+    // As a person does who looks first: each of these waits until the window is still.
     void Click(int x, int y) const;
     void DoubleClick(int x, int y) const;
     void MoveTo(int x, int y) const;
+    void Press(const char* key) const;
+    void Type(const std::string& text) const;
     std::uint32_t Pixel(int x, int y) const;
     /// Whether a place of the window shows this colour, now or soon.
     bool WaitForColour(int x, int y, std::uint32_t colour) const;
-    void Press(const char* key) const { stage_.Screen().Press(key); }
-    void Type(const std::string& text) const { stage_.Screen().Type(text); }
     /// Hint windows and menus that are shown.
     std::size_t Popups() const { return stage_.Screen().PopupsOf(process_.Pid()).size(); }
     bool WaitForPopups(std::size_t count) const;

@@ -118,7 +118,7 @@ protected:
         const int y = picture_.y - 24 + 12;
         const int right = picture_.x + kCodedWidth - 2;
         int left = right - 1;
-        const auto strip = TheStage().Screen().Pixel(picture_.x + 2, y);
+        const auto strip = TheStage().Screen().Pixel(picture_.x + 167, y); // behind the buttons
         while (left > picture_.x && TheStage().Screen().Pixel(left - 1, y) != strip) {
             --left;
         }

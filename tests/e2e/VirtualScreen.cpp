@@ -248,8 +248,11 @@ void VirtualScreen::Click(int x, int y) const {
 }
 
 void VirtualScreen::DoubleClick(int x, int y) const {
+    constexpr unsigned long kBetweenClicks_ms = 60; // as quick as a person
     Click(x, y);
-    Click(x, y);
+    XTestFakeButtonEvent(connection_->display, Button1, True, kBetweenClicks_ms);
+    XTestFakeButtonEvent(connection_->display, Button1, False, CurrentTime);
+    XSync(connection_->display, False);
 }
 
 void VirtualScreen::HoldButton() const {

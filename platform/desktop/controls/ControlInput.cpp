@@ -84,6 +84,10 @@ void Control::GiveMouse(UINT message, WPARAM wparam, LPARAM lparam) {
     QMouseEvent event(type, QPointF(receiver->mapFrom(host_.data(), position)),
                       QPointF(host_->mapToGlobal(position)), kind->button, ButtonsFrom(wparam),
                       ModifiersFrom(wparam));
+    // The toolkit recognises the next double click by the time of the last press that it was given.
+    if (const auto input = InputBehindMessage(window_, message)) {
+        event.setTimestamp(static_cast<const QInputEvent&>(*input).timestamp());
+    }
     GiveToWidget(*receiver, event);
     if (message != WM_RBUTTONUP || !receiver) return;
     QContextMenuEvent menu(QContextMenuEvent::Mouse, receiver->mapFrom(host_.data(), position),
