@@ -212,8 +212,8 @@ TEST_F(Bar, OpensARecentFilmAndSaysWhenItHasVanished) {
     std::remove(two.Text());
     std::remove(folder_.Name("two.kaf").Text());
     window_->Send(WM_COMMAND, 20001, 0);
-    EXPECT_EQ(TakeBoxes(), (std::vector<std::string>{
-                               "ERRORE: Impossibile Aprire il file VIDEO Specificato"}));
+    EXPECT_EQ(TakeBoxes(),
+              (std::vector<std::string>{"ERRORE: Impossibile Aprire il file VIDEO Specificato"}));
     EXPECT_EQ(Title(), "Kelvo");
     EXPECT_EQ(window_->RecentFiles().Entries().Count(), 2);
     window_->Send(WM_COMMAND, 20000, 0);

@@ -49,8 +49,13 @@ protected:
     std::uint32_t StripPixel(int x, int y) const {
         return Screen().Pixel(picture_.x + x, picture_.y - kStrip + y);
     }
+    /// As long as a hand takes.
     void Click(Button button) const {
-        Screen().Click(picture_.x + button + 10, picture_.y - kStrip + 12);
+        Screen().MoveTo(picture_.x + button + 10, picture_.y - kStrip + 12);
+        Screen().HoldButton();
+        std::this_thread::sleep_for(std::chrono::milliseconds(60));
+        Screen().ReleaseButton();
+        std::this_thread::sleep_for(std::chrono::milliseconds(60));
         MoveAway();
     }
     /// A button is seen by its face, which the strip's grey does not have.
