@@ -5,6 +5,9 @@
 
 #include <gmock/gmock.h>
 
+#include <fstream>
+#include <iterator>
+
 namespace kelvo::test {
 namespace {
 
@@ -14,9 +17,10 @@ using testing::Not;
 class Gallery : public OnStage {
 protected:
     /// Opens an exhibit and waits for its window. @param width, height  of its template
-    void Enter(const std::string& exhibit, const std::string& title, int width, int height) {
+    void Enter(const std::string& exhibit, const std::string& title, int width, int height,
+               const std::string& argument = {}) {
         TheStage().Screen().MoveTo(VirtualScreen::kWidth - 1, VirtualScreen::kHeight - 1);
-        visit_ = std::make_unique<GalleryVisit>(TheStage(), exhibit);
+        visit_ = std::make_unique<GalleryVisit>(TheStage(), exhibit, Environment{}, argument);
         visit_->UseUnits(width, height);
         ASSERT_TRUE(visit_->WaitFor(title)) << visit_->Process().Errors();
     }
@@ -132,6 +136,7 @@ TEST_F(Controls, ReportSelectionsOfListAndComboBox) {
     visit_->Click(200, 86);
     EXPECT_TRUE(visit_->WaitForLine("control 121: open"));
     visit_->Press("Down");
+    visit_->Press("Home");
     visit_->Press("Return");
     EXPECT_TRUE(visit_->WaitForLine("control 121: closed"));
     EXPECT_TRUE(visit_->WaitForLine("control 121: item 0"));
@@ -298,6 +303,28 @@ TEST_F(Tools, CloseAMenuThatThePointerLeaves) {
     const Area window = visit_->Window();
     TheStage().Screen().MoveTo(window.x + 300, window.y + 100);
     EXPECT_TRUE(visit_->WaitForLine("menu 0, 0"));
+}
+
+// --- long work, information --------------------------------------------------------------------
+
+TEST_F(Gallery, ProgressStopsWithInterrompi) {
+    Enter("progress", "Operazione in corso...", 349, 25);
+    TheStage().Screen().Press("Escape");
+    EXPECT_THAT(visit_->End(), ElementsAre("stopped"));
+}
+
+TEST_F(Gallery, RecompressionStopsAndLeavesTheFilmAsItWas) {
+    const std::string film = Film("film.kva", {.seconds = 20});
+    const auto bytes_of = [](const std::string& name) {
+        std::ifstream file(name, std::ios::binary);
+        return std::string{std::istreambuf_iterator<char>(file), {}};
+    };
+    const std::string before = bytes_of(film);
+    Enter("recompress", "Ricompressione", 349, 25, film);
+    TheStage().Screen().Press("Escape");
+    EXPECT_THAT(visit_->End(), ElementsAre("untouched"));
+    EXPECT_TRUE(bytes_of(film) == before);
+    EXPECT_FALSE(std::ifstream(folder_.File("film.tmp")).good());
 }
 
 // --- the desktop's dialogs ---------------------------------------------------------------------

@@ -19,8 +19,8 @@ Environment WithChanges(Environment base, const Environment& changes) {
 } // namespace
 
 GalleryVisit::GalleryVisit(const Stage& stage, const std::string& exhibit,
-                           const Environment& environment)
-    : stage_(stage), process_({KELVO_GALLERY, exhibit},
+                           const Environment& environment, const std::string& argument)
+    : stage_(stage), process_({KELVO_GALLERY, exhibit, argument},
                               WithChanges(stage.ForPlayers(), environment), stage.Home()) {}
 
 bool GalleryVisit::WaitFor(const std::string& title) {

@@ -14,7 +14,7 @@ class GalleryVisit {
 public:
     /// @param environment  on top of the stage's
     GalleryVisit(const Stage& stage, const std::string& exhibit,
-                 const Environment& environment = {});
+                 const Environment& environment = {}, const std::string& argument = {});
 
     ChildProcess& Process() { return process_; }
     /// Waits until the window with this title is there, active and painted. @return whether it is

@@ -21,10 +21,12 @@ struct Shot {
     int height;
     int x = -1; ///< where the pointer rests; -1: nowhere
     int y = -1;
+    std::chrono::seconds patience{20}; ///< how long to wait until nothing moves any more
 };
 
 constexpr Shot kShots[] = {
     {"about", "Informazioni", 454, 360},
+    {"about", "Informazioni", 1, 1},
     {"boxes", "ERRORE", 1, 1},
     {"controls", "Galleria - controlli", 260, 164},
     {"font", "Carattere", 1, 1},
@@ -32,7 +34,10 @@ constexpr Shot kShots[] = {
     {"list", "Città", 240, 176},
     {"open-file", "Scegliere un filmato", 1, 1},
     {"pictures", "Galleria - immagini", 260, 176, 110, 12},
+    {"progress", "Operazione in corso...", 1, 1, -1, -1, std::chrono::seconds(3)},
     {"rich-text", "Galleria - testo formattato", 260, 150},
+    {"progress", "Operazione in corso...", 1, 1, -1, -1, std::chrono::seconds(3)},
+    {"rich-text", "Galleria - testo formattato", 1, 1},
     {"save-file", "Scegliere un filmato", 1, 1},
     {"string", "Titolo del filmato", 240, 98},
     {"tools", "Galleria - strumenti", 420, 220, 18, 18},
@@ -42,7 +47,8 @@ constexpr int kRoomForTips = 24;
 constexpr std::chrono::milliseconds kStill{700};
 
 /// Waits until the area has not changed for a while: painted, and every tip shown.
-std::vector<std::uint32_t> StillPixels(const VirtualScreen& screen, const Area& area) {
+std::vector<std::uint32_t> StillPixels(const VirtualScreen& screen, const Area& area,
+                                       std::chrono::seconds patience) {
     const auto read = [&] {
         std::vector<std::uint32_t> pixels;
         for (int y = area.y; y < area.y + area.height; ++y) {
@@ -54,8 +60,8 @@ std::vector<std::uint32_t> StillPixels(const VirtualScreen& screen, const Area& 
     };
     auto pixels = read();
     auto since = Clock::now();
-    const auto patience = since + kPatience;
-    while (Clock::now() - since < kStill && Clock::now() < patience) {
+    const auto deadline = since + patience;
+    while (Clock::now() - since < kStill && Clock::now() < deadline) {
         std::this_thread::sleep_for(std::chrono::milliseconds(50));
         auto next = read();
         if (next != pixels) since = Clock::now();
@@ -88,7 +94,8 @@ bool Take(const Stage& stage, const Shot& shot, const std::string& folder) {
     if (shot.x >= 0) visit.MoveTo(shot.x, shot.y);
     Area area = screen.OuterGeometry(visit.WindowId()).value_or(visit.Window());
     if (shot.x >= 0) area.height += kRoomForTips / 2;
-    return Save(folder + "/" + std::string(shot.exhibit) + ".ppm", area, StillPixels(screen, area));
+    return Save(folder + "/" + std::string(shot.exhibit) + ".ppm", area,
+                StillPixels(screen, area, shot.patience));
 }
 
 int Run(const std::vector<std::string>& arguments) {

@@ -6,6 +6,8 @@
 
 namespace kelvo::gallery {
 
+/// What stood behind the exhibit's name on the command line; empty for nothing.
+std::string Argument();
 /// Writes one line and lets it out at once.
 void Report(const std::string& line);
 
@@ -30,5 +32,11 @@ void ShowRichText();
 
 // ToolExhibits.cpp: a bar of bitmap buttons, their tips, a menu of buttons.
 void ShowTools();
+
+// WorkExhibits.cpp: long work with its progress, the window for a short text.
+void ShowProgress();
+/// Rewrites the picture of the film that the argument names.
+void ShowRecompression();
+void ShowInformationWindow();
 
 } // namespace kelvo::gallery

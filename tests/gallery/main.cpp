@@ -1,4 +1,5 @@
-// gallery NAME: shows what no command of the player reaches. Without a name it lists what there is.
+// gallery NAME [ARGUMENT]: shows what no command of the player reaches. Without a name it lists
+// what there is.
 
 #include "framework/window/LUM.h"
 #include "platform/base/resources.h"
@@ -6,6 +7,7 @@
 #include "tests/gallery/Exhibits.h"
 
 #include <cstdio>
+#include <string>
 #include <string_view>
 
 namespace kelvo::gallery {
@@ -17,10 +19,21 @@ struct Exhibit {
 };
 
 constexpr Exhibit kExhibits[] = {
-    {"about", ShowAbout},        {"boxes", ShowMessageBoxes},  {"controls", ShowControls},
-    {"font", ShowFontChoice},    {"input-box", ShowInputBox},  {"list", ShowListDialog},
-    {"open-file", ShowOpenFile}, {"pictures", ShowPictures},   {"rich-text", ShowRichText},
-    {"save-file", ShowSaveFile}, {"string", ShowStringDialog}, {"tools", ShowTools},
+    {"about", ShowAbout},
+    {"boxes", ShowMessageBoxes},
+    {"controls", ShowControls},
+    {"font", ShowFontChoice},
+    {"information", ShowInformationWindow},
+    {"input-box", ShowInputBox},
+    {"list", ShowListDialog},
+    {"open-file", ShowOpenFile},
+    {"pictures", ShowPictures},
+    {"progress", ShowProgress},
+    {"recompress", ShowRecompression},
+    {"rich-text", ShowRichText},
+    {"save-file", ShowSaveFile},
+    {"string", ShowStringDialog},
+    {"tools", ShowTools},
 };
 
 const Exhibit* Find(std::string_view name) {
@@ -38,6 +51,15 @@ int ListThem() {
 }
 
 } // namespace
+
+std::string& TheArgument() {
+    static std::string argument;
+    return argument;
+}
+
+std::string Argument() {
+    return TheArgument();
+}
 
 void Report(const std::string& line) {
     std::printf("%s\n", line.c_str());
@@ -57,5 +79,6 @@ int Run(std::string_view name) {
 } // namespace kelvo::gallery
 
 int main(int argument_count, char** arguments) {
+    if (argument_count > 2) kelvo::gallery::TheArgument() = arguments[2];
     return kelvo::gallery::Run(argument_count > 1 ? arguments[1] : "");
 }
