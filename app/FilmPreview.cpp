@@ -1,9 +1,12 @@
 // What a film shows before it is opened: its first image.
 
 #include "app/PreviewDecoder.h"
+#include "container/UndoFile.h"
 #include "media/AudioFilekel.h"
 #include "media/VideoFilekel.h"
 #include "media/VorbisFilekel.h"
+#include "platform/base/durable_files.h"
+#include "platform/base/file_names.h"
 #include "platform/base/message_boxes.h"
 
 namespace kelvo {
@@ -14,6 +17,13 @@ constexpr int kFewestImages = 2;
 bool CanBeRead(const CString& path) {
     ChFile file;
     return file.OpenReadOnly(path);
+}
+
+/// Opening such a film would undo the edit: to look at it must change nothing, nor be in the way of
+/// the player, who may be opening it at the same time.
+bool IsBeingEdited(const CString& path) {
+    const auto found = platform::ExistingFileName(path.View());
+    return found && UndoFile::IsLeftBeside(platform::WithoutLinks(*found));
 }
 
 /// What the name's track is when it holds no pictures. Only the head of a Vorbis track is looked
@@ -49,7 +59,7 @@ Preview PreviewOf(const CString& path) {
 
 Preview DecodePreview(const CString& path) {
     const platform::ThreadBoxCollector boxes;
-    if (path.IsEmpty() || !CanBeRead(path)) return {};
+    if (path.IsEmpty() || !CanBeRead(path) || IsBeingEdited(path)) return {};
     Preview preview = PreviewOf(path);
     if (boxes.Boxes().empty()) return preview;
     return {Preview::Kind::Damaged, {}};

@@ -200,6 +200,10 @@ Error UndoFile::Recover(const std::string& name) {
     return error;
 }
 
+bool UndoFile::IsLeftBeside(const std::string& name) {
+    return OwnFile::StandsAt(name + kSuffix, kMark);
+}
+
 Error UndoFile::Save(const std::string& name, const ContainerHeader& header, ByteView user_header,
                      const RecordIndex& index, std::uint64_t length) {
     const Claim claim = file_.Make(name + kSuffix, kMark, name);

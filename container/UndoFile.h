@@ -23,6 +23,8 @@ public:
     /// @return None, also when there was nothing to undo; Busy while another program edits the
     ///         container; Unwritable when the old state could not be put back
     static Error Recover(const std::string& name);
+    /// Whether an edit of the container goes on or was left half done; changes nothing.
+    static bool IsLeftBeside(const std::string& name);
 
     bool IsSaved() const { return file_.IsOpen(); }
     /// Saves and syncs the header, the user header and the index that `name` holds now.

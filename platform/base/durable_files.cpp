@@ -169,6 +169,12 @@ Claim OwnFile::Find(const std::string& name, OwnMark mark) {
     return Claim::Busy;
 }
 
+bool OwnFile::StandsAt(const std::string& name, OwnMark mark) {
+    OwnFile seen;
+    seen.file_ = OpenFile(name, O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
+    return seen.IsOpen() && seen.LooksOurs(mark);
+}
+
 Claim OwnFile::TakeOver(OwnMark mark) {
     // The mark goes in before the rest goes away: a kill in between is recognised, too.
     struct stat status{};

@@ -43,6 +43,9 @@ public:
     /// Locks one that a kill left; its content stays. One without the mark at its start that is
     /// ours all the same (the kill came first) counts as Taken.
     [[nodiscard]] Claim Find(const std::string& name, OwnMark mark);
+    /// Whether one stands there that Find would take, or another holder has. Takes no lock, so that
+    /// nobody who does finds it busy.
+    [[nodiscard]] static bool StandsAt(const std::string& name, OwnMark mark);
 
     bool IsOpen() const { return file_ >= 0; }
     int Handle() const { return file_; }

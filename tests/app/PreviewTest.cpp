@@ -1,6 +1,7 @@
 // What a film shows before it is opened, and the decoding aside that nobody waits for.
 
 #include "app/PreviewDecoder.h"
+#include "container/UndoFile.h"
 #include "framework/window/CWin.h"
 #include "platform/base/message_boxes.h"
 #include "platform/base/threads.h"
@@ -165,6 +166,31 @@ TEST(FilmPreview, TellsWhatIsHealthyFromWhatIsDamaged) {
         EXPECT_FALSE(preview.picture.HasImage()) << row.name;
     }
     EXPECT_TRUE(boxes.Texts().empty()) << "nobody is to be bothered";
+}
+
+TEST(FilmPreview, LeavesAFilmWhoseEditWasCutOffToWhoeverOpensIt) {
+    const FilmFolder folder;
+    const CString name = folder.Name("film.kvf");
+    MakeVideo(name, {.images = 3});
+    const std::string before = ReadAll(name);
+    {
+        VideoFilekel film;
+        ASSERT_TRUE(film.OpenForRead(name));
+        UndoFile undo;
+        const auto header = ParseContainerHeader(
+            ByteView{reinterpret_cast<const std::uint8_t*>(before.data()), kContainerHeaderBytes});
+        RecordIndex index;
+        ASSERT_TRUE(index.Size(film.RecordCount()));
+        ASSERT_EQ(
+            undo.Save(name.Text(), header.Value(), film.UserHeader(), index, before.size()).fault,
+            Fault::None);
+        undo.Abandon();
+    }
+    const std::string undo_name = std::string(name.Text()) + ".undo";
+    const std::string undo_bytes = ReadAll(CString(undo_name.c_str()));
+    EXPECT_EQ(DecodePreview(name).kind, Kind::Nothing);
+    EXPECT_EQ(ReadAll(name), before);
+    EXPECT_EQ(ReadAll(CString(undo_name.c_str())), undo_bytes);
 }
 
 TEST(FilmPreview, ShowsTheSamples) {

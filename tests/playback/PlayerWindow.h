@@ -22,7 +22,7 @@ namespace kelvo::test {
 class StartedFramework : public testing::Environment {
 public:
     void SetUp() override {
-        setenv("QT_QPA_PLATFORM", "offscreen", 1);
+        setenv("QT_QPA_PLATFORM", "offscreen", 0);
         setenv("SDL_AUDIODRIVER", "dummy", 1);
         ASSERT_TRUE(platform::StartDesktop("playback tests"));
         ASSERT_EQ(lum.StartDefaultKernel(GetModuleHandleA(nullptr), nullptr), 3);
