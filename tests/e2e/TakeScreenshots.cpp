@@ -91,6 +91,7 @@ bool Take(const Stage& stage, const Shot& shot, const std::string& folder) {
         return false;
     }
     visit.UseUnits(shot.width, shot.height);
+    visit.WaitUntilStill(); // the manager may still be placing it
     if (shot.x >= 0) visit.MoveTo(shot.x, shot.y);
     Area area = screen.OuterGeometry(visit.WindowId()).value_or(visit.Window());
     if (shot.x >= 0) area.height += kRoomForTips / 2;

@@ -15,6 +15,8 @@ namespace {
 constexpr char kEditorProperty[] = "LUMINPLACEEDITING";
 /// Room around the text of a label, for the editor's frame.
 constexpr LONG kFrame = 3;
+/// Posted to the editor by itself.
+constexpr UINT kFinish = WM_USER + 100;
 constexpr std::int32_t kLongestText = 65535;
 
 CString WindowText(HWND window) {
@@ -102,7 +104,6 @@ bool InPlaceEditing::Place(HWND dialog, HWND control, const RECT& area, const CS
                               nullptr, nullptr, nullptr);
     if (editor_ == nullptr) return false;
     control_ = control;
-    keeps_on_leaving_ = Keep::Yes;
     focus_before_ = GetFocus();
     SetPropA(editor_, kEditorProperty, this);
     editor_before_ = reinterpret_cast<WNDPROC>(
@@ -126,12 +127,13 @@ LRESULT InPlaceEditing::EditorProcedure(HWND window, UINT message, WPARAM wparam
         if (wparam != VK_RETURN && wparam != VK_ESCAPE && wparam != VK_TAB) break;
         editing->End(wparam == VK_ESCAPE ? Keep::No : Keep::Yes);
         return 0;
-    case WM_KILLFOCUS: {
-        const LRESULT answer = CallWindowProcA(before, window, message, wparam, lparam);
-        // The focus is on its way elsewhere and must not be taken back.
-        if (IsWindow(window) != FALSE) editing->Finish(editing->keeps_on_leaving_);
-        return answer;
-    }
+    case WM_KILLFOCUS:
+        // The keyboard is on its way: the editor goes once it has arrived.
+        PostMessageA(window, kFinish, 0, 0);
+        break;
+    case kFinish:
+        editing->Finish(Keep::Yes);
+        return 0;
     default:
         break;
     }
@@ -140,7 +142,6 @@ LRESULT InPlaceEditing::EditorProcedure(HWND window, UINT message, WPARAM wparam
 
 void InPlaceEditing::End(Keep keep) {
     if (editor_ == nullptr) return;
-    keeps_on_leaving_ = keep;
     // While the editor is still there, what was typed ahead goes over to where the keyboard was.
     if (GetFocus() == editor_) SetFocus(focus_before_);
     Finish(keep);

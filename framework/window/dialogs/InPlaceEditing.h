@@ -45,8 +45,7 @@ private:
     HWND editor_ = nullptr;
     HWND control_ = nullptr; ///< whose text is edited
     HWND focus_before_ = nullptr;
-    int item_ = -1;          ///< of a list
-    Keep keeps_on_leaving_ = Keep::Yes;
+    int item_ = -1; ///< of a list
     WNDPROC editor_before_ = nullptr;
 };
 
