@@ -465,6 +465,10 @@ BOOL GetCursorPos(POINT* point) {
 HWND SetCapture(HWND window) {
     if (!OnUiThread() || ViewOf(window) == nullptr) return nullptr;
     const HWND before = std::exchange(capture_window, window);
+    // What a quick hand has done since the press that is being handled belongs to it, too.
+    MessageQueue::OfThisThread()->MoveMouse(window, [window](POINT on_screen) {
+        return Pack(WidgetOf(window)->mapFromGlobal(QPoint(on_screen.x, on_screen.y)));
+    });
     if (before != nullptr && before != window) {
         CallWindow(before, WM_CAPTURECHANGED, 0, reinterpret_cast<LPARAM>(window));
     }

@@ -162,6 +162,15 @@ void MessageQueue::MoveKeys(HWND from, HWND to) {
     }
 }
 
+void MessageQueue::MoveMouse(HWND to, const std::function<LPARAM(POINT)>& position) {
+    for (Entry& entry : input_) {
+        MSG& message = entry.message;
+        if (message.message < WM_MOUSEMOVE || message.message > WM_MBUTTONUP) continue;
+        message.hwnd = to;
+        message.lParam = position(message.pt);
+    }
+}
+
 void MessageQueue::AnswerCalls() {
     for (;;) {
         std::shared_ptr<PendingCall> call;

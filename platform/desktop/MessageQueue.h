@@ -62,6 +62,9 @@ public:
     void AddInput(MSG message, std::unique_ptr<QEvent> event);
     /// The keyboard has moved on: keys that wait for one window wait for the other.
     void MoveKeys(HWND from, HWND to);
+    /// Queued moves and button messages of the mouse go to the window that has just captured it.
+    /// @param position  their lParam there, made of their point on the screen
+    void MoveMouse(HWND to, const std::function<LPARAM(POINT)>& position);
     /// Runs what other threads wait for.
     void AnswerCalls();
     /// The next posted message or input.

@@ -113,7 +113,11 @@ HWND AddToTable(const Creation& creation) {
 
 void MakeFrame(HWND window, WindowView& view, const Creation& creation) {
     const auto style = static_cast<DWORD>(creation.asked.style);
-    view.frame = new FrameWidget(FlagsFor(style, creation.asked.dwExStyle, creation.role));
+    FrameWidget* const owner = FrameOf(creation.asked.hwndParent);
+    // The desktop keeps above its owner only what is a dialog.
+    const bool is_owned = owner != nullptr && (style & WS_CAPTION) == WS_CAPTION;
+    const FrameRole role = is_owned ? FrameRole::Dialog : creation.role;
+    view.frame = new FrameWidget(FlagsFor(style, creation.asked.dwExStyle, role));
     if ((style & WS_CAPTION) != WS_CAPTION) {
         view.frame->SetBorder(FrameMarginsOf(style, false).left);
     }
@@ -123,9 +127,7 @@ void MakeFrame(HWND window, WindowView& view, const Creation& creation) {
     view.frame->setWindowIcon(IconBehind(creation.window_class->values.hIcon));
     if (!creation.placed_by_desktop) view.frame->move(creation.asked.x, creation.asked.y);
     view.frame->winId(); // the native window takes the topmost flag and the owner
-    if (FrameWidget* owner = FrameOf(creation.asked.hwndParent)) {
-        view.frame->windowHandle()->setTransientParent(owner->windowHandle());
-    }
+    if (owner != nullptr) view.frame->windowHandle()->setTransientParent(owner->windowHandle());
     WatchWidget(view.frame, window);
 }
 
