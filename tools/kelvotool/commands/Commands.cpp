@@ -11,6 +11,7 @@ void AddAllCommands(CommandLine& line) {
     AddMux(line);
     AddDemux(line);
     AddLink(line);
+    AddExport(line);
     AddTypes(line);
     AddCompletion(line);
     AddHelp(line);

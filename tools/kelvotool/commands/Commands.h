@@ -21,6 +21,8 @@ void AddMux(CommandLine& line);
 void AddDemux(CommandLine& line);
 /// The numbers that tie each image to the sound.
 void AddLink(CommandLine& line);
+/// A film as other programs open it.
+void AddExport(CommandLine& line);
 /// The compression types.
 void AddTypes(CommandLine& line);
 /// A script for a shell that completes command lines.
