@@ -46,6 +46,20 @@ bool ZFilekel::OpenForRead(const CString& name, char selector) {
     return OpenInMode(name, Mode::ForRead, selector);
 }
 
+bool ZFilekel::OpenForReadIn(const CString& name, const TrackWindow& window) {
+    if (mode_ != Mode::Closed || IsOpen()) return Fail(Fault::Busy);
+    last_error_ = {};
+    const auto fits = [&] {
+        const bool inside =
+            window.start < window.end && std::int64_t{window.end} <= opening_length_;
+        return inside || Fail(Fault::EndsEarly, window.end);
+    };
+    const bool opened = OpenHandle(name, Mode::ForRead) && fits() &&
+                        (SetWindow(window.start, window.end) || Fail(Fault::Unreadable)) &&
+                        ReadHeader() && ReadIndex(Mode::ForRead) && FinishOpening(Mode::ForRead);
+    return opened || Shut(false);
+}
+
 bool ZFilekel::OpenExisting(const CString& name) {
     return OpenInMode(name, Mode::Existing);
 }

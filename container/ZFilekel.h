@@ -10,6 +10,7 @@
 #include "container/ProgressOwner.h"
 #include "container/RecordBytes.h"
 #include "container/RecordIndex.h"
+#include "container/RecordMap.h"
 #include "container/UndoFile.h"
 #include "framework/base/Bytes.h"
 #include "framework/base/ChFile.h"
@@ -56,6 +57,15 @@ public:
 
     /// @param selector  of a film (.kva): 'A' the sound, 'V' the picture, 'N' the bare file
     [[nodiscard]] bool OpenForRead(const CString& name, char selector = 'A');
+    /// As OpenForRead, for a container that does not open or whose index is not to be believed: its
+    /// index is made in memory, from the records that are there, and the file is only read. Lost
+    /// records keep their numbers; reading one leaves the record before it in RecordBuffer(), and
+    /// no box is shown for any.
+    /// @param window  where the container lies, as far as the file goes; none: the bare file
+    /// @return false when no record can be found
+    [[nodiscard]] bool OpenSalvaged(const CString& name, const std::optional<TrackWindow>& window);
+    /// For reading, the container that lies in a part of a file whatever the file's name.
+    [[nodiscard]] bool OpenForReadIn(const CString& name, const TrackWindow& window);
     /// For reading and editing. A differential container is recompressed to type 9 first, if the
     /// user agrees. A film (.kva) is refused: its tracks cannot grow in place.
     [[nodiscard]] bool OpenExisting(const CString& name);
@@ -139,6 +149,13 @@ public:
     /// True when the last record read was not all there, or did not decode to its length; what
     /// could be decoded stands in RecordBuffer() over what was there before.
     bool RecordIsDamaged() const { return record_is_damaged_; }
+    /// What was found in place of an index, after OpenSalvaged; else null.
+    const RecordMap* Salvaged() const { return salvaged_ ? &*salvaged_ : nullptr; }
+    /// True when the record read last is not there at all.
+    bool RecordIsLost() const { return record_is_lost_; }
+    /// After an opening: whether the entries of the index fit each other or at least their records.
+    /// Looks at the records only where the entries do not fit.
+    bool IndexIsBelievable();
     /// Where a record lies, from the start of the file (not of the window).
     /// @param record  at most RecordCount(), which is the end of the records
     std::uint64_t RecordFileOffset(std::uint32_t record) const;
@@ -176,6 +193,12 @@ private:
     bool AllocateBuffers();
     bool FinishOpening(Mode mode);
     bool RecompressForEditing();
+
+    // Opening damaged files (ContainerSalvage.cpp)
+    bool MapDamagedFile();
+    bool IsLost(std::uint32_t record) const;
+    bool PassLostRecord();
+    std::uint32_t FirstToDecode(std::uint32_t record) const;
 
     // Making the index anew in mode 5 (ContainerIndexRebuild.cpp)
     bool RebuildIndexInPlace();
@@ -238,8 +261,9 @@ private:
     ContainerHeader header_on_disk_;
     std::optional<FilmTrack> film_;
     RecordIndex index_;
-    RecordIndex opening_index_;       ///< only where edits can be undone
-    RecordBytes opening_user_header_; ///< only there, too
+    std::optional<RecordMap> salvaged_; ///< its index has become index_
+    RecordIndex opening_index_;         ///< only where edits can be undone
+    RecordBytes opening_user_header_;   ///< only there, too
     std::int64_t opening_length_ = 0;
 
     // One buffer each for everything that is read or written.
@@ -250,6 +274,7 @@ private:
 
     std::uint32_t current_record_ = 0;
     bool record_is_damaged_ = false;
+    bool record_is_lost_ = false;
     bool modified_ = false;
     UndoFile undo_;
     Error last_error_;

@@ -1,9 +1,15 @@
 #include "framework/base/ProgressDisplay.h"
 #include "tools/kelvotool/commands/Commands.h"
 #include "tools/kelvotool/files/FileList.h"
+#include "tools/kelvotool/files/FileNames.h"
+#include "tools/kelvotool/files/RawOutput.h"
 #include "tools/kelvotool/film/FilmDescription.h"
+#include "tools/kelvotool/film/HashList.h"
 #include "tools/kelvotool/film/IndexCheck.h"
-#include "tools/kelvotool/film/Sha256.h"
+#include "tools/kelvotool/film/NumberedReading.h"
+#include "tools/kelvotool/film/RecordCoding.h"
+#include "tools/kelvotool/film/RecordPipeline.h"
+#include "tools/kelvotool/film/SideBlockCheck.h"
 #include "tools/kelvotool/film/TrackReader.h"
 #include "tools/kelvotool/options/CommandLine.h"
 #include "tools/kelvotool/report/Console.h"
@@ -14,53 +20,50 @@
 
 #include <algorithm>
 #include <climits>
-#include <cstring>
 #include <memory>
+#include <optional>
+#include <string>
 #include <vector>
 
 namespace kelvo::tool {
 
 namespace {
 
-/// What is kept of a record until it is read again.
-using Fingerprint = std::uint64_t;
-constexpr Fingerprint kNotComparable = 0;
-
-// Reading every record of a long group by its number would decode each of them once for each one
-// behind it.
-constexpr std::uint32_t kShortGroup = 32;
-// Going back in a Vorbis stream decodes it from its start.
-constexpr std::uint32_t kVorbisPlaces = 4;
+struct VerifyOptions {
+    bool quick = false;
+    std::string write_hashes;
+    std::string hashes;
+};
 
 /// Reads one track in order and by number.
 class TrackVerification {
 public:
-    TrackVerification(TrackReader& reader, Reporter& reporter)
-        : reader_(reader), reporter_(reporter), progress_(ShowProgress({})),
-          total_(static_cast<std::int32_t>(std::min<std::uint32_t>(reader.Count(), INT_MAX))) {}
-
-    void Run() {
-        const bool index_agrees = reader_.IsVorbis() || CheckIndex(reader_, reporter_);
-        if (!ReadInOrder()) return;
-        if (reader_.IsVorbis() && reader_.Vorbis().StreamDamaged()) {
-            reporter_.Report(reader_.Make(ProblemCode::StreamDamaged,
-                                          "parts of its Ogg stream are lost or broken"));
-        }
-        // What disagrees was reported, and decoding it twice tells nothing new.
-        if (index_agrees) ReadByNumber();
+    TrackVerification(TrackReader& reader, unsigned jobs, bool hashes, Reporter& reporter)
+        : reader_(reader), jobs_(jobs), hashes_(hashes), reporter_(reporter) {
+        sha256_.Start();
     }
 
+    void Run(bool index_agrees) {
+        if (!ReadInOrder()) return;
+        if (reader_.IsVorbis() && reader_.Vorbis().StreamDamaged()) {
+            Report(reader_.Make(ProblemCode::StreamDamaged,
+                                "parts of its Ogg stream are lost or broken"));
+        }
+        // What disagrees was reported, and decoding it twice tells nothing new.
+        if (index_agrees) CompareByNumber(reader_, fingerprints_, jobs_, reporter_);
+        if (hashes_ && is_sound_ && !StopRequested()) {
+            hash_.emplace();
+            AppendHex(*hash_, sha256_.End());
+        }
+    }
+
+    /// Of all decoded records, one after the other; none of a track that is damaged.
+    const std::optional<std::string>& Hash() const { return hash_; }
+
 private:
-    Fingerprint FingerprintOfRecord() {
-        const Sha256::Digest record = sha256_.Of(reader_.Record());
-        const Sha256::Digest side = sha256_.Of(reader_.Side());
-        Fingerprint first = 0;
-        Fingerprint second = 0;
-        std::memcpy(&first, record.data(), sizeof(first));
-        std::memcpy(&second, side.data(), sizeof(second));
-        // Rotated, so that equal halves do not cancel each other.
-        const Fingerprint both = first ^ (second << 1U | second >> 63U);
-        return both == kNotComparable ? 1 : both;
+    void Report(const Problem& problem) {
+        is_sound_ = false;
+        reporter_.Report(problem);
     }
 
     bool IsKey(std::uint32_t n) const {
@@ -68,139 +71,254 @@ private:
     }
 
     bool ReadInOrder() {
+        const auto progress = ShowProgress({});
+        const auto total =
+            static_cast<std::int32_t>(std::min<std::uint32_t>(reader_.Count(), INT_MAX));
+        RecordPipeline pipeline(reader_, {.jobs = jobs_, .make_stage = MakeFingerprints()});
         bool group_is_sound = true;
-        for (std::uint32_t n = 0; n < reader_.Count(); ++n) {
-            if (!progress_->Update(static_cast<std::int32_t>(n) / 2, total_)) return false;
-            if (!reader_.ReadNext()) {
-                if (StopRequested()) return false;
-                reporter_.Report(reader_.RecordProblem(n).value_or(reader_.Make(
-                    ProblemCode::RecordDamaged, "the record cannot be read", n, {}, kNotDone)));
+        while (const PipelineRecord* record = pipeline.Next()) {
+            if (record->problem) Report(*record->problem);
+            if (record->problem && reader_.IsVorbis()) return true; // and so on to the last frame
+            // Whatever is decoded over a damaged record depends on what was there before.
+            group_is_sound = !record->problem && (IsKey(record->number) || group_is_sound);
+            fingerprints_.push_back(group_is_sound ? record->fingerprint : kNotComparable);
+            if (hashes_) sha256_.Add(record->record);
+            if (!progress->Update(static_cast<std::int32_t>(record->number / 2), total)) {
                 return false;
             }
-            const auto problem = reader_.RecordProblem(n);
-            if (problem) reporter_.Report(*problem);
-            if (problem && reader_.IsVorbis()) return true; // and so on to the last frame
-            // Whatever is decoded over a damaged record depends on what was there before.
-            group_is_sound = !problem && (IsKey(n) || group_is_sound);
-            fingerprints_.push_back(group_is_sound ? FingerprintOfRecord() : kNotComparable);
         }
-        return true;
-    }
-
-    void Compare(std::uint32_t n) {
-        // From the last record to the first.
-        if (!progress_->Update(total_ - static_cast<std::int32_t>(n) / 2, total_)) return;
-        if (fingerprints_[n] == kNotComparable) return;
-        if (!reader_.ReadByNumber(n)) {
-            if (StopRequested()) return;
-            reporter_.Report(reader_.Make(ProblemCode::RecordDiffers,
-                                          "the record cannot be read by its number", n));
-        } else if (FingerprintOfRecord() != fingerprints_[n]) {
-            reporter_.Report(reader_.Make(
-                ProblemCode::RecordDiffers,
-                "the record is another one when it is read by its number", n,
-                reader_.IsVorbis() ? std::nullopt
-                                   : std::optional(reader_.Container().RecordFileOffset(n))));
-        }
-    }
-
-    /// From the last to the first, so that nothing is where a sequence would have left it.
-    void ReadByNumber() {
-        const auto count = static_cast<std::uint32_t>(fingerprints_.size());
-        if (reader_.IsVorbis()) {
-            for (std::uint32_t i = kVorbisPlaces; i-- > 0 && count > 0 && !StopRequested();)
-                Compare(static_cast<std::uint32_t>(std::uint64_t{count - 1} * i / kVorbisPlaces));
-            return;
-        }
-        for (std::uint32_t end = count; end > 0 && !StopRequested();) {
-            const std::uint32_t last = end - 1;
-            const std::uint32_t key =
-                reader_.IsDifferential() ? reader_.Container().Header().KeyRecordOf(last) : last;
-            if (end - key <= kShortGroup) {
-                for (std::uint32_t n = end; n-- > key;)
-                    Compare(n);
-            } else {
-                for (const std::uint32_t n : {last, key + (last - key) / 2, key})
-                    Compare(n);
-            }
-            end = key;
-        }
+        const Error& why = pipeline.Why();
+        if (why.fault == Fault::None) return true;
+        if (why.fault == Fault::Stopped) return false;
+        const PipelineRecord& failed = pipeline.Failed();
+        Report(failed.problem.value_or(reader_.Make(ProblemCode::RecordDamaged,
+                                                    why.fault == Fault::TooLarge
+                                                        ? std::string(FileFaultText(why.fault))
+                                                        : "the record cannot be read",
+                                                    failed.number, {}, kNotDone)));
+        return false;
     }
 
     TrackReader& reader_;
+    unsigned jobs_;
+    bool hashes_;
     Reporter& reporter_;
-    std::unique_ptr<ProgressDisplay> progress_;
-    std::int32_t total_;
+    bool is_sound_ = true;
     Sha256 sha256_;
+    std::optional<std::string> hash_;
     std::vector<Fingerprint> fingerprints_; ///< of the records read in order
 };
 
-void VerifyTrack(const FilmDescription& film, const TrackDescription& track, Reporter& reporter) {
-    for (const Problem& problem : track.problems)
-        reporter.Report(problem);
-    if (track.form == TrackForm::Unknown) return;
-    TrackReader reader(film, track);
-    if (const auto problem = reader.Open()) {
-        reporter.Report(*problem);
-        return;
-    }
-    if (reader.IsVorbis() && !reader.Vorbis().HasStream() && reader.Count() > 0) {
-        reporter.Report(reader.Make(ProblemCode::StreamDamaged, "its Ogg stream cannot be set up"));
-        return;
-    }
-    TrackVerification(reader, reporter).Run();
-}
+/// One film after another, and what is known of their hashes.
+class Verification {
+public:
+    Verification(const VerifyOptions& options, const CommonOptions& common)
+        : options_(options), common_(common) {}
 
-Json ResultOf(const FilmName& named, const Reporter& reporter) {
-    Json json = ResultFor(named.name);
-    if (!named.sound.empty()) PutName(json, "sound_file", named.sound);
-    json["intact"] = reporter.Count() == 0;
-    json["problem_count"] = reporter.Count();
-    json["problems"] = JsonOf(reporter.Problems());
-    return json;
-}
+    int Run(const std::vector<std::string>& names) {
+        std::optional<std::string> list_name;
+        Reporter list_reporter(options_.hashes.empty() ? options_.write_hashes : options_.hashes);
+        if (!options_.hashes.empty() && !known_.Read(options_.hashes, list_reporter)) {
+            return list_reporter.Code();
+        }
+        if (!options_.write_hashes.empty()) {
+            list_name = OutputName(options_.write_hashes, {}, common_.force, list_reporter);
+            if (!list_name) return list_reporter.Code();
+        }
+        const FilmList list = ListFilms(names, common_);
+        Results results(common_, list.is_several ? ResultCount::Several : ResultCount::One);
+        int code = list.code;
+        for (const FilmName& film : list.films) {
+            if (StopRequested() || results.Failed()) break;
+            code = std::max(code, VerifyFilm(film, results));
+        }
+        if (list_name && !StopRequested()) {
+            WriteList(*list_name, list_reporter);
+            code = std::max(code, list_reporter.Code());
+        }
+        return results.Finish(code);
+    }
 
-int VerifyFilm(const FilmName& named, Results& results) {
-    SetTask("verify " + named.name);
-    Reporter reporter(named.name);
-    const auto film = DescribeNamedFilm(named, reporter);
-    if (!film) {
-        if (!results.IsText()) results.Add(ResultOf(named, reporter), "");
+private:
+    struct Hash {
+        std::string what;
+        std::string name;
+        std::string hex;
+    };
+
+    bool WantsHashes() const { return !options_.hashes.empty() || !options_.write_hashes.empty(); }
+
+    void WriteList(const std::string& name, Reporter& reporter) const {
+        HashList list;
+        for (const Hash& hash : written_)
+            list.Put(hash.what, hash.name, hash.hex);
+        const std::string text = list.Text();
+        RawOutput output;
+        if (!output.Begin(name, common_.force, reporter)) return;
+        output.Append({reinterpret_cast<const std::uint8_t*>(text.data()), text.size()});
+        output.Finish(reporter);
+    }
+
+    int VerifyFilm(const FilmName& named, Results& results) {
+        SetTask("verify " + named.name);
+        Reporter reporter(named.name);
+        std::vector<Hash> hashes;
+        const auto film = DescribeNamedFilm(named, reporter);
+        if (!film) {
+            if (!results.IsText()) results.Add(ResultOf(named, reporter, hashes), "");
+            return reporter.Code();
+        }
+        for (const Problem& problem : film->problems)
+            reporter.Report(problem);
+        for (const TrackDescription& track : film->tracks) {
+            if (StopRequested()) break;
+            if (const auto hash = VerifyTrack(*film, track, reporter)) {
+                hashes.push_back({std::string(NameOf(track.kind)), NameFor(named, track), *hash});
+            }
+        }
+        if (WantsHashes() && !StopRequested()) AddFileHashes(named, *film, hashes, reporter);
+        if (StopRequested()) return reporter.Code();
+        if (!options_.hashes.empty()) CompareHashes(named, *film, hashes, reporter);
+        const bool only_warned = reporter.Code() == kAllWell;
+        const auto problems = [&](const char* verdict) {
+            return fmt::format("{}, {} {}{}", verdict, reporter.Count(),
+                               only_warned ? "warning" : "problem",
+                               reporter.Count() == 1 ? "" : "s");
+        };
+        const std::string verdict =
+            reporter.Count() == 0 ? "sound" : problems(only_warned ? "sound" : "damaged");
+        results.Add(ResultOf(named, reporter, hashes),
+                    fmt::format("{}: {}\n", Printable(named.name), verdict));
+        written_.insert(written_.end(), hashes.begin(), hashes.end());
         return reporter.Code();
     }
-    for (const Problem& problem : film->problems)
-        reporter.Report(problem);
-    for (const TrackDescription& track : film->tracks) {
-        if (!StopRequested()) VerifyTrack(*film, track, reporter);
-    }
-    if (StopRequested()) return reporter.Code();
-    const std::string verdict = reporter.Count() == 0
-                                    ? "sound"
-                                    : fmt::format("damaged, {} problem{}", reporter.Count(),
-                                                  reporter.Count() == 1 ? "" : "s");
-    results.Add(ResultOf(named, reporter), fmt::format("{}: {}\n", Printable(named.name), verdict));
-    return reporter.Code();
-}
 
-int RunVerify(const std::vector<std::string>& names, const CommonOptions& common) {
-    const FilmList list = ListFilms(names, common);
-    Results results(common, list.is_several ? ResultCount::Several : ResultCount::One);
-    int code = list.code;
-    for (const FilmName& film : list.films) {
-        if (!StopRequested() && !results.Failed()) code = std::max(code, VerifyFilm(film, results));
+    /// @return the track's hash, where one is wanted and the track is sound
+    std::optional<std::string> VerifyTrack(const FilmDescription& film,
+                                           const TrackDescription& track,
+                                           Reporter& reporter) const {
+        for (const Problem& problem : track.problems)
+            reporter.Report(problem);
+        if (track.form == TrackForm::Unknown) return std::nullopt;
+        TrackReader reader(film, track);
+        if (const auto problem = reader.Open()) {
+            reporter.Report(*problem);
+            return std::nullopt;
+        }
+        if (reader.IsVorbis() && !reader.Vorbis().HasStream() && reader.Count() > 0) {
+            reporter.Report(
+                reader.Make(ProblemCode::StreamDamaged, "its Ogg stream cannot be set up"));
+            return std::nullopt;
+        }
+        const bool index_agrees = reader.IsVorbis() || CheckIndex(reader, reporter);
+        const TrackDescription* const sound = film.Find(TrackKind::Audio);
+        CheckSideBlocks(reader,
+                        sound == nullptr ? std::nullopt : std::optional(sound->RecordCount()),
+                        reporter);
+        if (options_.quick) return std::nullopt;
+        TrackVerification verification(reader, common_.Jobs(), WantsHashes(), reporter);
+        verification.Run(index_agrees);
+        return verification.Hash();
     }
-    return results.Finish(code);
-}
+
+    static std::string NameFor(const FilmName& named, const TrackDescription& track) {
+        return !named.sound.empty() && track.kind == TrackKind::Audio ? named.sound : named.name;
+    }
+
+    static void AddFileHashes(const FilmName& named, const FilmDescription& film,
+                              std::vector<Hash>& hashes, Reporter& reporter) {
+        const TrackDescription* last = nullptr;
+        for (const TrackDescription& track : film.tracks) {
+            if (last != nullptr && last->file == track.file) continue;
+            last = &track;
+            if (const auto hex = HashOfFile(track.file)) {
+                hashes.push_back({std::string(kHashOfFile), NameFor(named, track), *hex});
+            } else if (!StopRequested()) {
+                reporter.NotDone("it cannot be read", ProblemCode::InputUnreadable);
+            }
+        }
+    }
+
+    void CompareHashes(const FilmName& named, const FilmDescription& film,
+                       const std::vector<Hash>& hashes, Reporter& reporter) const {
+        const auto differs = [&](std::string_view what, std::string text) {
+            Problem problem{.code = ProblemCode::RecordDiffers, .what = std::move(text)};
+            if (what != kHashOfFile && film.HasNamedTracks()) {
+                problem.track =
+                    what == NameOf(TrackKind::Audio) ? TrackKind::Audio : TrackKind::Video;
+            }
+            reporter.Report(problem);
+        };
+        for (const Hash& hash : hashes) {
+            const std::string* const known = known_.Find(hash.what, hash.name);
+            const char* const whole = hash.what == kHashOfFile ? "the file" : "what it decodes to";
+            if (known == nullptr) {
+                differs(hash.what, fmt::format("the list has no hash of {}", whole));
+            } else if (*known != hash.hex) {
+                differs(hash.what, fmt::format("{} has another hash than in the list", whole));
+            }
+        }
+        if (options_.quick) return;
+        for (const TrackKind kind : {TrackKind::Audio, TrackKind::Video}) {
+            const TrackDescription* const track = film.Find(kind);
+            const std::string name =
+                track != nullptr ? NameFor(named, *track) : std::string(named.name);
+            const bool is_there = std::ranges::any_of(
+                hashes, [&](const Hash& hash) { return hash.what == NameOf(kind); });
+            if (!is_there && known_.Find(NameOf(kind), name) != nullptr) {
+                differs(NameOf(kind), "the list has its hash, and it cannot be had any more");
+            }
+        }
+    }
+
+    static Json ResultOf(const FilmName& named, const Reporter& reporter,
+                         const std::vector<Hash>& hashes) {
+        Json json = ResultFor(named.name);
+        if (!named.sound.empty()) PutName(json, "sound_file", named.sound);
+        json["intact"] = reporter.Code() == kAllWell;
+        if (!hashes.empty()) {
+            json["hashes"] = Json::array();
+            for (const Hash& hash : hashes) {
+                Json entry;
+                entry["of"] = hash.what;
+                PutName(entry, "name", hash.name);
+                entry["sha256"] = hash.hex;
+                json["hashes"].push_back(std::move(entry));
+            }
+        }
+        json["problem_count"] = reporter.Count();
+        json["problems"] = JsonOf(reporter.Problems());
+        return json;
+    }
+
+    const VerifyOptions& options_;
+    const CommonOptions& common_;
+    HashList known_;
+    std::vector<Hash> written_;
+};
 
 } // namespace
 
 void AddVerify(CommandLine& line) {
     CLI::App& command = line.AddCommand(
         "verify", "Read everything, in order and by number; 0 sound, 1 damaged, 2 unreadable",
-        kUsesJson);
+        kUsesJson | kUsesJobs | kUsesForce);
+    const auto options = std::make_shared<VerifyOptions>();
     const auto files = line.AddFiles(command);
-    line.WhenChosen(command,
-                    [files](const CommonOptions& common) { return RunVerify(*files, common); });
+    command.add_flag("--quick", options->quick,
+                     "only headers, index and side blocks; nothing is decoded");
+    command
+        .add_option("--write-hashes", options->write_hashes,
+                    "write a list of the sha256 of each file, and of each sound track once it is "
+                    "decoded")
+        ->type_name("F");
+    command
+        .add_option("--hashes", options->hashes,
+                    "compare with such a list; what differs or is missing is damage")
+        ->type_name("F");
+    line.WhenChosen(command, [options, files](const CommonOptions& common) {
+        return Verification(*options, common).Run(*files);
+    });
 }
 
 } // namespace kelvo::tool

@@ -21,6 +21,10 @@ public:
     /// @return false after it was reported why not; nothing is left behind then
     [[nodiscard]] bool Write(const std::string& name, RewriteTarget::Kind kind,
                              const std::function<Error(RewriteTarget&)>& write);
+    /// Where the finished file stands until it has its name.
+    const std::string& TemporaryName() const { return target_.TemporaryName(); }
+    /// Takes the finished file away: it is not what it should be.
+    void Discard() { target_.Discard(); }
     /// Gives it its name, which may mean a file only when that may be replaced.
     bool Place(bool replace);
 

@@ -44,8 +44,7 @@ struct PipelinePlan {
     /// only at the first one (0).
     std::uint32_t chain = 1;
     unsigned jobs = 1; ///< threads that work, the caller's included
-    /// Called once a thread at most, by any of them, one after the other; none: records are only
-    /// decoded.
+    /// Called once a thread at most, by the caller's; none: records are only decoded.
     std::function<std::unique_ptr<RecordStage>()> make_stage = {};
 };
 
@@ -66,8 +65,8 @@ public:
     /// Why there was no further record: None at the end, Stopped, Unreadable, EndsEarly (a Vorbis
     /// sound that has fewer frames than it says), BadValue (the stage), TooLarge (no memory).
     const Error& Why() const;
-    /// The number of the record at which it ended.
-    std::uint32_t Position() const;
+    /// The record at which a fault ended it: its number, and what is wrong with it in the file.
+    const PipelineRecord& Failed() const;
 
 private:
     class Machine;

@@ -15,10 +15,22 @@ Sha256::Sha256() : context_(EVP_MD_CTX_new()) {
 Sha256::~Sha256() = default;
 
 Sha256::Digest Sha256::Of(ByteView bytes) {
-    Digest digest{};
+    Start();
+    Add(bytes);
+    return End();
+}
+
+void Sha256::Start() {
     // Without a method the context starts again with the one it has.
     EVP_DigestInit_ex(context_.get(), nullptr, nullptr);
+}
+
+void Sha256::Add(ByteView bytes) {
     EVP_DigestUpdate(context_.get(), bytes.data(), bytes.size());
+}
+
+Sha256::Digest Sha256::End() {
+    Digest digest{};
     EVP_DigestFinal_ex(context_.get(), digest.data(), nullptr);
     return digest;
 }

@@ -25,6 +25,11 @@ public:
     /// The hash of the bytes; nothing is allocated.
     Digest Of(ByteView bytes);
 
+    /// The hash of bytes that come one after another: start, add, end.
+    void Start();
+    void Add(ByteView bytes);
+    Digest End();
+
 private:
     struct Free {
         void operator()(evp_md_ctx_st* context) const;

@@ -45,7 +45,12 @@ std::optional<Problem> TrackReader::Open() {
 
 std::optional<Problem> TrackReader::OpenContainer() {
     const CString name(std::string_view{track_.file});
-    if (container_.OpenForRead(name, film_.is_film ? track_.Selector() : 'N')) return std::nullopt;
+    // A part of a file that is not called a film: a film that has not got its name yet.
+    const bool is_part = !film_.is_film && track_.window.start > 0;
+    const bool opened = is_part
+                            ? container_.OpenForReadIn(name, track_.window)
+                            : container_.OpenForRead(name, film_.is_film ? track_.Selector() : 'N');
+    if (opened) return std::nullopt;
     const Error error = container_.LastError();
     const ContainerHeader& header = *track_.container;
     const std::uint64_t start = track_.window.start;

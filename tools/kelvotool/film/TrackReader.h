@@ -45,6 +45,7 @@ public:
     const ZFilekel& Container() const { return container_; }
     const VorbisFilekel& Vorbis() const { return vorbis_; }
     const TrackDescription& Track() const { return track_; }
+    const FilmDescription& Film() const { return film_; }
 
     /// A problem of this track.
     Problem Make(ProblemCode code, std::string what, std::optional<std::uint32_t> record = {},

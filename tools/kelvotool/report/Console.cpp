@@ -12,6 +12,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <chrono>
 #include <cstdlib>
@@ -33,7 +34,7 @@ std::string& Task() {
     return task;
 }
 
-bool progress_line_shown = false;
+std::atomic<bool> progress_line_shown = false; // a box may come from any thread
 bool uses_colour = false;
 
 /// @return false when not everything could be written
