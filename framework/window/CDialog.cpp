@@ -42,6 +42,10 @@ CDialog::CDialog(std::uint32_t class_id)
 CDialog::~CDialog() {
     // While this is still a dialog, so that its handler sees WM_DESTROY.
     if (HasWindow()) DestroyWindow(Window());
+    // One that is on its way out has messages still to come, and they find no object any more.
+    if (GetWindowLongPtrA(Window(), kDialogObjectOffset) == reinterpret_cast<LONG_PTR>(this)) {
+        BindDialog(Window(), nullptr);
+    }
     DeleteStaticBitmaps(static_bitmaps_);
     DeleteSchemeBrushes();
     for (RTFEditInfoStruct& record : rich_texts_)

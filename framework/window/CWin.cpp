@@ -41,6 +41,10 @@ CWin::~CWin() {
     // WM_DESTROY arrives inside DestroyWindow and sets the flag. Where it does not (a window of
     // another thread), waiting would be for ever.
     if (no_window_ == 0 && DestroyWindow(window_) == FALSE) no_window_ = 1;
+    // One that is on its way out has messages still to come, and they find no object any more.
+    if (GetWindowLongPtrA(window_, kObjectOffset) == reinterpret_cast<LONG_PTR>(this)) {
+        BindWindow(window_, nullptr);
+    }
 }
 
 bool CWin::Save(Stream& stream) {

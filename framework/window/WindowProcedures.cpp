@@ -39,8 +39,11 @@ LRESULT CWinWndProc(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
     // Some messages arrive before the object is known.
     if (object == nullptr) return DefWindowProcA(window, message, wparam, lparam);
     object->message_result_ = 1;
-    if (object->HandleMessage(message, wparam, lparam)) return object->message_result_;
-    return DefWindowProcA(window, message, wparam, lparam);
+    if (!object->HandleMessage(message, wparam, lparam)) {
+        return DefWindowProcA(window, message, wparam, lparam);
+    }
+    // The handler may have deleted its object.
+    return BoundObject(window) == object ? object->message_result_ : 1;
 }
 
 void BindDialog(HWND window, CDialog* object) {
@@ -61,7 +64,8 @@ INT_PTR LumDlgProc(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
     if (object == nullptr) return FALSE;
     object->SetMessageResult(1);
     if (!object->HandleMessage(message, wparam, lparam)) return FALSE;
-    return object->MessageResult();
+    // The handler may have deleted its object.
+    return BoundDialog(window) == object ? object->MessageResult() : TRUE;
 }
 
 LRESULT CDialogWndProc(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
@@ -69,7 +73,9 @@ LRESULT CDialogWndProc(HWND window, UINT message, WPARAM wparam, LPARAM lparam) 
     CDialog* const object = BoundDialog(window);
     if (object != nullptr) {
         object->SetMessageResult(1);
-        if (object->HandleClassMessage(message, wparam, lparam)) return object->MessageResult();
+        if (object->HandleClassMessage(message, wparam, lparam)) {
+            return BoundDialog(window) == object ? object->MessageResult() : 1;
+        }
     }
     return DefDlgProcA(window, message, wparam, lparam);
 }

@@ -67,7 +67,10 @@ LRESULT SubclassWndProc(HWND window, UINT message, WPARAM wparam, LPARAM lparam)
     object->last_lparam_ = lparam;
     object->SetMessageResult(1);
     const WNDPROC previous = object->previous_procedure_;
-    if (object->HandleMessage(message, wparam, lparam)) return object->MessageResult();
+    if (object->HandleMessage(message, wparam, lparam)) {
+        // The handler may have deleted its object.
+        return GetPropA(window, kObjectProperty) == object ? object->MessageResult() : 1;
+    }
     // As they came: what the handler did may have brought other messages meanwhile.
     return CallWindowProcA(previous, window, message, wparam, lparam);
 }

@@ -74,6 +74,23 @@ TEST(WindowObject, IsBoundBeforeItsFirstMessageAndUnboundByItsLast) {
     EXPECT_EQ(window.Create(), 1); // again
 }
 
+TEST(WindowObject, MayBeDeletedByWhatItHandles) {
+    for (const UINT at : {UINT{WM_COMMAND}, UINT{WM_DESTROY}, UINT{WM_NCDESTROY}}) {
+        auto* const object = new NotingWindow;
+        ASSERT_EQ(object->Create(), 1);
+        const HWND window = object->Window();
+        object->handler = [object, at](UINT message, WPARAM, LPARAM) {
+            if (message != at) return false;
+            auto* const self = object; // the closure goes with it
+            delete self;
+            return true;
+        };
+        SendMessageA(window, WM_COMMAND, 1, 0);
+        DestroyWindow(window);
+        EXPECT_EQ(IsWindow(window), FALSE);
+    }
+}
+
 TEST(WindowObject, ReturnsTheMessageResultOnlyForWhatItHandled) {
     NotingWindow window;
     ASSERT_EQ(window.Create(), 1);
