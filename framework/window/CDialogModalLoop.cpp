@@ -2,8 +2,8 @@
 
 #include "framework/window/CDialog.h"
 #include "framework/window/LUM.h"
+#include "framework/window/OwnerSide.h"
 #include "platform/desktop/dialogs.h"
-#include "platform/desktop/menus.h"
 
 #include <algorithm>
 #include <utility>
@@ -11,16 +11,7 @@
 namespace kelvo {
 namespace {
 
-constexpr UINT kDefaultBeep = 0xFFFFFFFF;
 constexpr std::uint32_t kOwnerStaysUnpainted = 1;
-
-std::vector<HWND> AncestorsOf(HWND window) {
-    std::vector<HWND> ancestors;
-    for (HWND parent = GetParent(window); parent != nullptr; parent = GetParent(parent)) {
-        ancestors.push_back(parent);
-    }
-    return ancestors;
-}
 
 bool BelongsTo(HWND window, HWND whole) {
     return whole != nullptr && (window == whole || IsChild(whole, window) != FALSE);
@@ -59,8 +50,7 @@ LPARAM CDialog::ModalRun(CWin* owner) {
 void CDialog::LoopUntilEnd(const CWin* owner) {
     const std::vector<HWND> owner_side =
         owner != nullptr ? AncestorsOf(Window()) : std::vector<HWND>{};
-    for (const HWND window : owner_side)
-        platform::HoldMenuBar(window, platform::MenuBarUse::Held);
+    const HeldMenuBars held(owner_side);
     // A window that somebody destroyed will never get its end message.
     while (!end_requested_ && HasWindow()) {
         MSG message{};
@@ -70,8 +60,6 @@ void CDialog::LoopUntilEnd(const CWin* owner) {
         HandleModalMessage(message, owner, owner_side);
         if (is_end) OnEndMessage(message.lParam);
     }
-    for (const HWND window : owner_side)
-        platform::HoldMenuBar(window, platform::MenuBarUse::Released);
 }
 
 void CDialog::ProcessMessages(const CWin* inert_owner) {
@@ -112,16 +100,20 @@ void CDialog::HandleOwnerMessage(const MSG& message) {
         } else {
             // Left invalid, it would be asked for again and again, and no timer would come.
             ValidateRect(message.hwnd, nullptr);
-            unpainted_.push_back(message.hwnd);
+            if (std::ranges::find(unpainted_, message.hwnd) == unpainted_.end()) {
+                unpainted_.push_back(message.hwnd);
+            }
         }
         FocusBack();
         break;
     case WM_SYSCOMMAND:
+    case kEndDialogMessage: // of a window that runs below this one: it ends next
+    case kEndModalMessage:
         DispatchMessageA(&message);
         break;
     case WM_LBUTTONDOWN:
     case WM_NCLBUTTONDOWN: // on its menu bar
-        MessageBeep(kDefaultBeep);
+        RefuseClick();
         FocusBack();
         break;
     default:

@@ -164,6 +164,7 @@ private:
     std::vector<HWND> OwnerSide(const CWin* owner) const;
     bool MayDispatch(const MSG& message, const CWin* owner,
                      const std::vector<HWND>& owner_side) const;
+    void LoopUntilEnd(const CWin* owner, const std::vector<HWND>& owner_side);
 
     // Field order is the order in which Save writes what it keeps.
     COLORREF background_colour_ = 0;

@@ -1,7 +1,9 @@
 // The loop that runs one window until it ends, keeping its owner's side inert meanwhile.
 
+#include "framework/window/CDialog.h"
 #include "framework/window/CWin.h"
 #include "framework/window/LUM.h"
+#include "framework/window/OwnerSide.h"
 #include "platform/desktop/messages.h"
 #include "platform/desktop/windows.h"
 
@@ -9,16 +11,6 @@
 
 namespace kelvo {
 namespace {
-
-constexpr UINT kDefaultBeep = 0xFFFFFFFF;
-
-std::vector<HWND> AncestorsOf(HWND window) {
-    std::vector<HWND> ancestors;
-    for (HWND parent = GetParent(window); parent != nullptr; parent = GetParent(parent)) {
-        ancestors.push_back(parent);
-    }
-    return ancestors;
-}
 
 void Dispatch(const MSG& message) {
     TranslateMessage(&message);
@@ -42,9 +34,18 @@ bool CWin::MayDispatch(const MSG& message, const CWin* owner,
     };
     if (owner == nullptr || belongs_to(window_)) return true;
     if (!belongs_to(owner->window_) && std::ranges::none_of(owner_side, belongs_to)) return true;
-    if (message.message == WM_PAINT) return true;
-    if (message.message == WM_LBUTTONDOWN) MessageBeep(kDefaultBeep);
-    return false;
+    switch (message.message) {
+    case WM_PAINT:
+    case kEndModalMessage: // of a window that runs below this one: it ends next
+    case kEndDialogMessage:
+        return true;
+    case WM_LBUTTONDOWN:
+    case WM_NCLBUTTONDOWN: // on its menu bar
+        RefuseClick();
+        return false;
+    default:
+        return false;
+    }
 }
 
 void CWin::BeginModalLoop() {
@@ -62,18 +63,23 @@ LPARAM CWin::ModalRun(CWin* owner) {
     }
     const std::vector<HWND> owner_side = OwnerSide(owner);
     BeginModalLoop();
-    while (true) {
+    {
+        const HeldMenuBars held(owner_side);
+        LoopUntilEnd(owner, owner_side);
+    }
+    EndModalLoop();
+    if (HasWindow()) DestroyWindow(window_);
+    return end_result_;
+}
+
+void CWin::LoopUntilEnd(const CWin* owner, const std::vector<HWND>& owner_side) {
+    // A window that somebody destroyed will never post its end.
+    while (!end_requested_ && HasWindow()) {
         MSG message{};
         const bool is_quit = GetMessageA(&message, nullptr, 0, 0) == 0;
         if (!is_quit && MayDispatch(message, owner, owner_side)) Dispatch(message);
         const bool is_end = message.hwnd == window_ && message.message == kEndModalMessage;
-        if (is_end) end_result_ = message.lParam;
-        // A window that somebody destroyed will never post its end.
-        if (end_requested_ || is_end || !HasWindow()) {
-            modal_running_ = false;
-            if (HasWindow()) DestroyWindow(window_);
-            return end_result_;
-        }
+        if (is_end) RequestEnd(message.lParam);
     }
 }
 

@@ -185,6 +185,41 @@ TEST(DialogObject, LosesNoEndThatAnotherLoopTakes) {
     EXPECT_EQ(dialog.ModalRun(nullptr), 0); // nobody would ever end it
 }
 
+TEST(DialogObject, LosesNoEndThatComesWhileAnotherDialogRunsAboveIt) {
+    NotingDialog below;
+    NotingDialog above;
+    InLoop(above, [&] {
+        std::thread([window = below.Window()] {
+            PostMessageA(window, kEndDialogMessage, 0, 77);
+        }).join();
+        above.EndDialog(3);
+    });
+    LPARAM above_gave = 0;
+    InLoop(below, [&] {
+        above_gave = above.ModalRun(&below, "ASKING");
+        below.EndDialog(1); // behind the worker's
+    });
+    EXPECT_EQ(below.ModalRun(nullptr, "ASKING"), 77);
+    EXPECT_EQ(above_gave, 3);
+}
+
+TEST(DialogObject, MayBeDeletedByWhatItHandles) {
+    for (const UINT at : {UINT{WM_COMMAND}, UINT{WM_DESTROY}}) {
+        auto* const dialog = new NotingDialog;
+        ASSERT_EQ(dialog->CreateModeless(nullptr, "ASKING"), 1);
+        const HWND window = dialog->Window();
+        dialog->handler = [dialog, at](UINT message, WPARAM, LPARAM) {
+            if (message != at) return false;
+            auto* const self = dialog; // the closure goes with it
+            delete self;
+            return true;
+        };
+        SendMessageA(GetDlgItem(window, 1), BM_CLICK, 0, 0);
+        DestroyWindow(window);
+        EXPECT_EQ(IsWindow(window), FALSE);
+    }
+}
+
 TEST(DialogObject, DoesNotEndByAQuit) {
     NotingDialog dialog;
     int steps = 0;
@@ -236,7 +271,7 @@ TEST(DialogObject, KeepsItsOwnersSideInertAndOthersAlive) {
     EXPECT_EQ(keyboard_id, 101); // it went back to the dialog's first control
 }
 
-TEST(DialogObject, KeepsItsOwnersMenusClosedWhileItRuns) {
+TEST(ModalWindows, KeepTheirOwnersMenusClosedWhileTheyRun) {
     NotingWindow owner;
     const HMENU menu = CreateMenu();
     const HMENU file = CreatePopupMenu();
@@ -263,6 +298,17 @@ TEST(DialogObject, KeepsItsOwnersMenusClosedWhileItRuns) {
         dialog.EndDialog(1);
     });
     EXPECT_EQ(dialog.ModalRun(&owner, "ASKING"), 1);
+    EXPECT_FALSE(has_opened);
+    EXPECT_TRUE(press_opens());
+    NotingWindow window;
+    window.handler = [&](UINT message, WPARAM, LPARAM) {
+        if (message == WM_CREATE) window.Post(kStep, 0, 0);
+        if (message != kStep) return false;
+        has_opened = press_opens();
+        window.EndModal(2);
+        return true;
+    };
+    EXPECT_EQ(window.ModalRun(&owner), 2);
     EXPECT_FALSE(has_opened);
     EXPECT_TRUE(press_opens());
 }
