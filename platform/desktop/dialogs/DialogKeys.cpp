@@ -139,8 +139,12 @@ bool HandleKey(HWND dialog, const MSG& message, LRESULT wanted) {
     }
 }
 
-bool IsLetterOrDigit(WPARAM key) {
-    return (key >= 'A' && key <= 'Z') || (key >= 'a' && key <= 'z') || (key >= '0' && key <= '9');
+/// Of WM_CHAR a character, of the others a key's number, where what are small letters in characters
+/// are function keys.
+bool IsLetterOrDigit(const MSG& message) {
+    const WPARAM key = message.wParam;
+    if (key >= 'a' && key <= 'z') return message.message == WM_CHAR;
+    return (key >= 'A' && key <= 'Z') || (key >= '0' && key <= '9');
 }
 
 bool HandleInput(HWND dialog, MSG& message) {
@@ -150,8 +154,7 @@ bool HandleInput(HWND dialog, MSG& message) {
     if (message.message == WM_KEYDOWN) return HandleKey(dialog, message, wanted);
     const bool is_plain = message.message == WM_CHAR;
     if (is_plain && (wanted & DLGC_WANTCHARS) != 0) return false;
-    return IsLetterOrDigit(message.wParam) &&
-           PressMnemonic(dialog, static_cast<char>(message.wParam));
+    return IsLetterOrDigit(message) && PressMnemonic(dialog, static_cast<char>(message.wParam));
 }
 
 } // namespace

@@ -308,12 +308,15 @@ TEST_F(Dialogs, EscapeAndTheCloseButtonMeanCancel) {
 
 TEST_F(Dialogs, AnUnderlinedLetterReachesItsControl) {
     Show("PLAIN");
+    ::SetDlgItemTextA(dialog_, 112, "Tutto &u");
     ::SetFocus(::GetDlgItem(dialog_, 2));
     Press(Qt::Key_N, Qt::AltModifier); // of the label before the field
     EXPECT_EQ(FocusedId(), 101);
     Press(Qt::Key_A, Qt::AltModifier);
     EXPECT_EQ(FocusedId(), 102);
     EXPECT_EQ(::IsDlgButtonChecked(dialog_, 102), BST_CHECKED);
+    Press(Qt::Key_F6, Qt::AltModifier); // a key of no letter: its number is that of a small u
+    EXPECT_EQ(FocusedId(), 102);
     Press(Qt::Key_A); // without Alt where no text is typed
     EXPECT_EQ(::IsDlgButtonChecked(dialog_, 102), BST_UNCHECKED);
     asked.clear();
