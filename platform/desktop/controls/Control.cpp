@@ -73,7 +73,8 @@ void Control::Notify(UINT code) {
 }
 
 void Control::Report(UINT message, WPARAM wparam) {
-    if (parent_ == nullptr) return;
+    // Told of one thing, the parent may have destroyed the control before it is told the next.
+    if (parent_ == nullptr || ::IsWindow(window_) == FALSE) return;
     const auto lparam = reinterpret_cast<LPARAM>(window_);
     // Code of the toolkit that no message brought about must not meet a parent that destroys it.
     if (answering_ > 0) {

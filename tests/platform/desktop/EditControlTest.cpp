@@ -159,3 +159,16 @@ TEST_F(EditControls, TakeWhatAnInputMethodComposes) {
     Pump();
     EXPECT_EQ(TextOf(edit), "è");
 }
+
+TEST_F(EditControls, SayNothingMoreOnceTheirParentHasDestroyedThem) {
+    const HWND edit = Make("EDIT", 0, 3);
+    answer = [](HWND, UINT message, WPARAM wparam, LPARAM lparam) -> std::optional<LRESULT> {
+        if (message == WM_COMMAND && HIWORD(wparam) == EN_UPDATE) {
+            ::DestroyWindow(reinterpret_cast<HWND>(lparam));
+        }
+        return std::nullopt;
+    };
+    ::SendMessageA(edit, WM_SETTEXT, 0, reinterpret_cast<LPARAM>("a"));
+    EXPECT_EQ(::IsWindow(edit), FALSE);
+    EXPECT_THAT(Commands(), ElementsAre(Pair(3, EN_UPDATE)));
+}
