@@ -5,6 +5,7 @@
 #include "framework/base/XLanguageInfoClass.h"
 #include "framework/window/CDialog.h"
 #include "framework/window/LUM.h"
+#include "platform/base/file_names.h"
 #include "platform/base/files.h"
 #include "platform/base/message_boxes.h"
 #include "platform/desktop/common_dialogs.h"
@@ -147,10 +148,16 @@ CString FilterOf(const FileChoice& choice) {
     return filter;
 }
 
-bool MayOverwrite(const CWin* owner, const CString& path, const CString& file_name) {
+/// A file in other letters is found under that name, too, but another one will be made beside it.
+bool WouldBeOverwritten(const CString& path) {
     const HFILE existing = _lopen(path.Text(), OF_READ);
-    if (existing == HFILE_ERROR) return true;
+    if (existing == HFILE_ERROR) return false;
     _lclose(existing);
+    return platform::ExistingFileName(path.View()) == platform::NewFileName(path.View());
+}
+
+bool MayOverwrite(const CWin* owner, const CString& path, const CString& file_name) {
+    if (!WouldBeOverwritten(path)) return true;
     CString question(Translated(kOverwriteBegin));
     question += file_name;
     question += CString(Translated(kOverwriteEnd));

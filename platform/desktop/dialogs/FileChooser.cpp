@@ -252,7 +252,8 @@ std::size_t FileChooser::SelectedFilter() const {
 
 std::string FileChooser::Named() const {
     const QString text = name_edit_ != nullptr ? name_edit_->text() : QString();
-    if (text.isEmpty() || text.startsWith(u'/')) return QFile::encodeName(text).toStdString();
+    const bool is_whole = text.startsWith(u'/') || text.startsWith(u'\\');
+    if (text.isEmpty() || is_whole) return QFile::encodeName(text).toStdString();
     const bool at_home = text.startsWith(QStringLiteral("~/"));
     const std::string folder =
         at_home ? QFile::encodeName(QDir::homePath()).toStdString() : Folder();
@@ -265,8 +266,10 @@ std::string FileChooser::Selected() const {
 }
 
 // A name may be typed as on the systems that films come from: other letters, other separators.
+// What is saved never takes the place of a file in other letters.
 std::optional<std::string> FileChooser::Resolve(const std::string& path) const {
-    if (auto existing = platform::ExistingFileName(path)) return existing;
+    auto existing = platform::ExistingFileName(path);
+    if (existing && (acceptMode() == AcceptOpen || IsFolder(*existing))) return existing;
     if (auto made = platform::NewFileName(path)) return made;
     return folder_must_exist_ ? std::nullopt : std::optional(path);
 }

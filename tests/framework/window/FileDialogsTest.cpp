@@ -131,6 +131,15 @@ TEST_F(FileDialogs, AskBeforeTheyOverwrite) {
     EXPECT_EQ(Read("song.kva"), "nuovo");
 }
 
+TEST_F(FileDialogs, OverwriteNoFileInOtherLettersAndAskNothing) {
+    const platform::MessageBoxRecorder boxes;
+    Write("SONG.KVA", "vecchio");
+    EXPECT_TRUE(SaveAs("song.kva"));
+    EXPECT_TRUE(boxes.Boxes().empty());
+    EXPECT_EQ(Read("SONG.KVA"), "vecchio");
+    EXPECT_EQ(Read("song.kva"), "nuovo");
+}
+
 TEST_F(FileDialogs, LetADialogTakePartOneAtATime) {
     PartDialog dialog;
     CString second("?");

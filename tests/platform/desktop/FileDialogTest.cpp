@@ -129,9 +129,13 @@ TEST_F(FileDialog, ShowsWhatTheFilterLetsThroughInAnyLetters) {
 TEST_F(FileDialog, FindsNamesTypedAsElsewhere) {
     std::filesystem::create_directory(folder_ + "/Vacanze");
     Make("Vacanze/mare.kvf");
-    for (const char* typed : {"VACANZE\\MARE.kvf", "vacanze/Mare.KVF", "vacanze\\mare.kvf"}) {
+    std::string whole = folder_ + "/vacanze/mare.kvf";
+    std::ranges::replace(whole, '/', '\\');
+    for (const std::string& typed :
+         {std::string("VACANZE\\MARE.kvf"), std::string("vacanze/Mare.KVF"),
+          std::string("vacanze\\mare.kvf"), whole}) {
         path_.fill(0);
-        const PersonAtDialog person({TypeAndEnter(typed)});
+        const PersonAtDialog person({TypeAndEnter(typed.c_str())});
         ASSERT_TRUE(GetOpenFileNameA(&request_)) << typed;
         EXPECT_EQ(Path(), folder_ + "/Vacanze/mare.kvf") << typed;
     }
