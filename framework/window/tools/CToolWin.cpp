@@ -111,10 +111,12 @@ int CToolWin::Add(std::unique_ptr<CButtonInfo> record, std::int32_t command_id, 
     return 1;
 }
 
+// A button that is being removed still reports its last messages, and who hears them may look for
+// others.
 CButtonInfo* CToolWin::FindRecord(std::int32_t command_id) const {
     for (std::int32_t i = 0; i < buttons_.Count(); ++i) {
         auto* const record = static_cast<CButtonInfo*>(buttons_.At(i));
-        if (record->button->CommandId() == command_id) return record;
+        if (record->button && record->button->CommandId() == command_id) return record;
     }
     return nullptr;
 }
@@ -130,7 +132,7 @@ CButtonInfo* CToolWin::FindRecord(const BitmapButton* button) const {
 int CToolWin::RemoveButton(std::int32_t command_id) {
     for (std::int32_t i = 0; i < buttons_.Count(); ++i) {
         const auto* const record = static_cast<CButtonInfo*>(buttons_.At(i));
-        if (record->button->CommandId() == command_id) return buttons_.Remove(i);
+        if (record->button && record->button->CommandId() == command_id) return buttons_.Remove(i);
     }
     return 0;
 }

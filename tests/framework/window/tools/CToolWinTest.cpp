@@ -237,6 +237,24 @@ TEST_F(ToolWindow, ForgetsTheClickOfAButtonThatIsGone) {
     EXPECT_EQ(bar_.FindButton(3), nullptr);
 }
 
+TEST_F(ToolWindow, MayBeAskedForButtonsWhileOneOfThemGoes) {
+    class AskingToolWindow : public CToolWin {
+    public:
+        bool ReportButtonMouse(const ButtonMessage& report) override {
+            if (FindButton(2) != nullptr && report.message == WM_DESTROY) ++found_at_end;
+            return CToolWin::ReportButtonMouse(report);
+        }
+        int found_at_end = 0;
+    };
+    AskingToolWindow bar;
+    bar.SetParent(&owner_);
+    ASSERT_EQ(bar.Create(), 1);
+    for (const std::int32_t id : {1, 2})
+        ASSERT_EQ(bar.AddButton("Square", id, 20 * id, 2, "", ButtonKind::Push, 0), 1);
+    EXPECT_EQ(bar.RemoveButton(1), 1);
+    EXPECT_EQ(bar.found_at_end, 1);
+}
+
 TEST_F(ToolWindow, TakesItsButtonsAlongWhenItIsDestroyed) {
     AddSquare(1, 0);
     const HWND button = bar_.FindButton(1)->Window();
