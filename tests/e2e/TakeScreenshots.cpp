@@ -3,6 +3,7 @@
 
 #include "tests/e2e/GalleryVisit.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <fstream>
@@ -29,7 +30,7 @@ constexpr Shot kShots[] = {
     {"about", "Informazioni", 1, 1},
     {"boxes", "ERRORE", 1, 1},
     {"controls", "Galleria - controlli", 260, 164},
-    {"font", "Carattere", 1, 1},
+    {"font", "Scelta del tipo di carattere", 1, 1},
     {"input-box", "Nuovo nome", 220, 68},
     {"list", "Città", 240, 176},
     {"open-file", "Scegliere un filmato", 1, 1},
@@ -43,7 +44,6 @@ constexpr Shot kShots[] = {
     {"tools", "Galleria - strumenti", 420, 220, 18, 18},
 };
 
-constexpr int kRoomForTips = 24;
 constexpr std::chrono::milliseconds kStill{700};
 
 /// Waits until the area has not changed for a while: painted, and every tip shown.
@@ -91,10 +91,11 @@ bool Take(const Stage& stage, const Shot& shot, const std::string& folder) {
         return false;
     }
     visit.UseUnits(shot.width, shot.height);
-    visit.WaitUntilStill(); // the manager may still be placing it
+    // The manager may still be placing it.
+    WaitUntil([&] { return screen.OuterGeometry(visit.WindowId()).has_value(); });
+    StillPixels(screen, visit.Window(), std::min(shot.patience, std::chrono::seconds(2)));
     if (shot.x >= 0) visit.MoveTo(shot.x, shot.y);
-    Area area = screen.OuterGeometry(visit.WindowId()).value_or(visit.Window());
-    if (shot.x >= 0) area.height += kRoomForTips / 2;
+    const Area area = screen.OuterGeometry(visit.WindowId()).value_or(visit.Window());
     return Save(folder + "/" + std::string(shot.exhibit) + ".ppm", area,
                 StillPixels(screen, area, shot.patience));
 }
