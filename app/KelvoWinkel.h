@@ -121,6 +121,7 @@ private:
     bool WaitForNextSeek() const;
     void PlayFromHere();
     bool PlaySound();
+    void KeepSoundAlone(int position);
     void PlayChosenFilm();
     void RewindAtEnd();
     void OnToStart();
@@ -129,6 +130,7 @@ private:
     void OnPause();
     void OnPlay();
     void OnFastForward();
+    void ForwardSound();
     void OnToEnd();
     void OnSeek(int position);
 
@@ -152,6 +154,7 @@ private:
     CString current_file_;
     std::uint32_t options_ = 0; ///< fixed while the window runs
     bool no_video_ = false;
+    CString sound_name_;     ///< of the sound that is open without a picture
     CString last_directory_; ///< of the last film opened
     CString recent_files_name_;
     TimeDisplay times_{*this, position_bar_, tool_dialog_};

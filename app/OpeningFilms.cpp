@@ -60,6 +60,7 @@ bool KelvoWinkel::OpenSoundOnly(const CString& audio_name) {
     SetFilmTitle(kTitleNoPicture, audio_name);
     audio_.SetParent(this);
     no_video_ = true;
+    sound_name_ = audio_name;
     SetWindowPos(Window(), nullptr, 0, 0, kSoundOnlyWidth,
                  video_.DisplayHeight() + kSoundOnlyExtraHeight, SWP_NOMOVE | SWP_NOZORDER);
     RememberOpened(audio_name);

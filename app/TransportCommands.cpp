@@ -112,11 +112,19 @@ void KelvoWinkel::OnFastForward() {
         video_.FastForward();
     } else if (!audio_.IsTrackOpen()) {
         Refuse(Command::FastForward, kNoFileToForward);
-    } else if (audio_.FastForward()) {
+    } else {
+        ForwardSound();
+    }
+}
+
+void KelvoWinkel::ForwardSound() {
+    const int position = audio_.CurrentFrame();
+    if (audio_.FastForward()) {
         audio_.SetVolume(volume_);
         button_bar_.SetTransportBusy(WithPause::Yes);
     } else {
         button_bar_.Raise(Command::FastForward);
+        KeepSoundAlone(position);
     }
 }
 
@@ -199,10 +207,25 @@ void KelvoWinkel::PlayFromHere() {
 }
 
 bool KelvoWinkel::PlaySound() {
-    if (!audio_.Play(nullptr)) return false;
+    const int position = audio_.CurrentFrame();
+    if (!audio_.Play(nullptr)) {
+        KeepSoundAlone(position);
+        return false;
+    }
     audio_.SetVolume(volume_);
     tool_dialog_.SetVolumePosition(audio_.GetVolume());
     return true;
+}
+
+// A device that refuses leaves the track closed. Sound alone is opened anew where it stood, so that
+// the next Play tries again: whoever holds the device now may be gone by then.
+void KelvoWinkel::KeepSoundAlone(int position) {
+    if (!no_video_ || audio_.IsTrackOpen()) return;
+    if (audio_.OpenAudio(sound_name_)) {
+        audio_.SetPosition(position);
+    } else {
+        OnCloseFilm();
+    }
 }
 
 // Clicks that come faster than the pause would queue up for minutes, each played for a moment: the

@@ -143,6 +143,37 @@ TEST_F(Transport, MovesFastThroughSoundAlone) {
     EXPECT_TRUE(TakeBoxes().empty());
 }
 
+TEST_F(Transport, TriesAgainToPlaySoundAloneThatNoDeviceTook) {
+    ASSERT_TRUE(Open(MakeSound("song", 50)));
+    window_->HandleNotification(kPositionClicked, 20, 0);
+    Do(Command::Stop);
+    ASSERT_TRUE(PumpUntil([&] { return !window_->Audio().IsDeviceActive(); }));
+    const int stopped_at = window_->Audio().CurrentFrame();
+    setenv("SDL_AUDIODRIVER", "no-such-driver", 1);
+    for (const Command command : {Command::Play, Command::FastForward, Command::Play}) {
+        Do(command);
+        EXPECT_EQ(TakeBoxes(), (std::vector<std::string>{"ERRORE: waveOutOpen() error!"}));
+        EXPECT_EQ(Title(), "Kelvo (No Video) - song");
+    }
+    setenv("SDL_AUDIODRIVER", "dummy", 1);
+    Do(Command::Play);
+    EXPECT_TRUE(PumpUntil([&] { return Plays() && AudioFrame() > stopped_at; }));
+    EXPECT_LT(AudioFrame(), 45);
+    EXPECT_TRUE(TakeBoxes().empty());
+}
+
+TEST_F(Transport, ClosesSoundAloneThatVanishedWhileNoDeviceTookIt) {
+    const CString song = MakeSound("song", 50);
+    ASSERT_TRUE(Open(song));
+    std::remove(song.Text());
+    setenv("SDL_AUDIODRIVER", "no-such-driver", 1);
+    Do(Command::Play);
+    EXPECT_EQ(Title(), "Kelvo");
+    TakeBoxes();
+    Do(Command::ToStart);
+    EXPECT_EQ(TakeBoxes(), (std::vector<std::string>{"Impossibile eseguire: Nessun File Aperto!"}));
+}
+
 // --- the position bar --------------------------------------------------------------------------
 
 TEST_F(Transport, SeeksInAFilm) {
