@@ -17,6 +17,7 @@ namespace {
 // Properties of the widget.
 constexpr char kToggles[] = "kelvo_toggles";
 constexpr char kIsDown[] = "kelvo_is_down";
+constexpr char kHasKeyboard[] = "kelvo_has_keyboard";
 constexpr char kWindow[] = "kelvo_window";
 
 /// A button that is a window of its own making.
@@ -30,6 +31,8 @@ public:
         state.checkable = widget()->property(kToggles).toBool();
         state.checked = state.checkable && is_down;
         state.pressed = is_down;
+        state.focusable = true;
+        state.focused = widget()->property(kHasKeyboard).toBool();
         return state;
     }
     QStringList actionNames() const override {
@@ -60,10 +63,17 @@ void DescribeButton(HWND window, AccessibleButton button) {
     QWidget* const widget = WidgetOf(window);
     if (!installed || widget == nullptr) return;
     const bool changes = widget->property(kIsDown).toBool() != button.is_down;
+    const bool got_keyboard = button.has_keyboard && !widget->property(kHasKeyboard).toBool();
+    widget->setProperty(kHasKeyboard, button.has_keyboard);
     widget->setProperty(kToggles, button.toggles);
     widget->setProperty(kIsDown, button.is_down);
     widget->setProperty(kWindow, static_cast<qulonglong>(reinterpret_cast<std::uintptr_t>(window)));
-    if (!changes || !QAccessible::isActive()) return;
+    if (!QAccessible::isActive()) return;
+    if (got_keyboard) {
+        QAccessibleEvent event(widget, QAccessible::Focus);
+        QAccessible::updateAccessibility(&event);
+    }
+    if (!changes) return;
     QAccessible::State changed;
     changed.checked = button.toggles;
     changed.pressed = true;

@@ -9,6 +9,7 @@ namespace kelvo::platform {
 struct AccessibleButton {
     bool toggles = false; ///< stays down until it is pressed again
     bool is_down = false;
+    bool has_keyboard = false;
 };
 
 /// Tells assistants that the window is a button, and how it stands. What an assistant presses comes

@@ -7,6 +7,11 @@
 #include "platform/desktop/messages.h"
 
 namespace kelvo {
+namespace {
+
+constexpr LPARAM kWasDown = LPARAM{1} << 30; // in WM_KEYDOWN
+
+} // namespace
 
 BitmapButton::BitmapButton(std::int32_t command_id, ButtonKind kind, HBITMAP normal,
                            HBITMAP pressed)
@@ -51,6 +56,16 @@ bool BitmapButton::HandleMessage(UINT message, WPARAM wparam, LPARAM lparam) {
         if (wparam != kTipTimer) return false;
         button_tip::OnTick(*this);
         return true;
+    case WM_KEYDOWN:
+        return OnKeyDown(wparam, lparam);
+    case WM_SETFOCUS:
+        button_tip::ShowForKeyboard(*this);
+        Describe();
+        return false;
+    case WM_KILLFOCUS:
+        button_tip::Stop(*this);
+        Describe();
+        return false;
     case WM_ENABLE:
         Repaint();
         return false;
@@ -72,8 +87,9 @@ void BitmapButton::Repaint() const {
 }
 
 void BitmapButton::Describe() const {
-    platform::DescribeButton(Window(),
-                             {.toggles = kind_ == ButtonKind::Toggle, .is_down = pressed_ != 0});
+    platform::DescribeButton(Window(), {.toggles = kind_ == ButtonKind::Toggle,
+                                        .is_down = pressed_ != 0,
+                                        .has_keyboard = GetFocus() == Window()});
 }
 
 void BitmapButton::Report(UINT message, LPARAM lparam) {
@@ -129,6 +145,21 @@ bool BitmapButton::OnCaptureLost(HWND taken_by) {
         Repaint();
     }
     return false;
+}
+
+bool BitmapButton::OnKeyDown(WPARAM key, LPARAM lparam) {
+    const bool presses = (key == VK_SPACE || key == VK_RETURN) &&
+                         IsWindowVisible(Window()) != FALSE && IsWindowEnabled(Window()) != FALSE;
+    if (!presses) {
+        // Posted: what the key means there may remove this button.
+        if (Parent() != nullptr) Parent()->Post(WM_KEYDOWN, key, lparam);
+        return true;
+    }
+    if ((lparam & kWasDown) != 0) return true; // a key that is held presses once
+    button_tip::Stop(*this);
+    if (kind_ == ButtonKind::Toggle) return OnLeftDown();
+    PostClick();
+    return true;
 }
 
 void BitmapButton::PostClick() {

@@ -62,6 +62,7 @@ private:
     bool OnLeftDown();
     bool OnLeftUp();
     bool OnCaptureLost(HWND taken_by);
+    bool OnKeyDown(WPARAM key, LPARAM lparam);
     void PostClick();
 
     std::int32_t command_id_;

@@ -17,6 +17,7 @@ struct PendingTip {
 };
 
 PendingTip pending;
+HWND keyboard_tip = nullptr; ///< the button whose tip is shown because it has the keyboard
 
 bool IsOver(HWND window, POINT point) {
     RECT area{};
@@ -56,7 +57,23 @@ void OnTick(const BitmapButton& button) {
     tip.Show(pointer.x, pointer.y);
 }
 
+void ShowForKeyboard(const BitmapButton& button) {
+    if (pending.window != nullptr) KillTimer(pending.window, kTipTimer);
+    pending = {};
+    if (button.TipText().IsEmpty()) return;
+    RECT area{};
+    GetWindowRect(button.Window(), &area);
+    keyboard_tip = button.Window();
+    CLittleWin& tip = CLittleWin::ButtonTips();
+    tip.SetHintText(button.TipText().Text());
+    tip.Show(area.left, area.bottom);
+}
+
 void Stop(const BitmapButton& button) {
+    if (keyboard_tip != nullptr && keyboard_tip == button.Window()) {
+        CLittleWin::ButtonTips().Hide();
+        keyboard_tip = nullptr;
+    }
     if (pending.window == nullptr || pending.window != button.Window()) return;
     KillTimer(pending.window, kTipTimer);
     // The hint window is made with the first tip: nothing to hide before.

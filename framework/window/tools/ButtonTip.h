@@ -18,7 +18,10 @@ void OnPointerMoved(const BitmapButton& button);
 /// The timer's tick, every 50 ms: the tip comes with the eleventh on which the pointer has not
 /// moved since the one before, and goes when the pointer has left.
 void OnTick(const BitmapButton& button);
-/// A press, a release or the button's end: hides its tip and waits no longer.
+/// The button has got the keyboard: its tip shows where the keyboard is.
+void ShowForKeyboard(const BitmapButton& button);
+/// A press, a release, the loss of the keyboard or the button's end: hides its tip and waits no
+/// longer.
 void Stop(const BitmapButton& button);
 
 } // namespace button_tip

@@ -33,6 +33,8 @@ bool CToolWin::HandleMessage(UINT message, WPARAM wparam, LPARAM lparam) {
                        reinterpret_cast<const BitmapButton*>(lparam));
     case kButtonMessage:
         return ReportButtonMouse(*reinterpret_cast<const ButtonMessage*>(lparam));
+    case WM_KEYDOWN:
+        return OnKey(wparam, lparam);
     case WM_DESTROY:
         buttons_.Clear();
         return false;

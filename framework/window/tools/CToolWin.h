@@ -61,6 +61,11 @@ public:
     /// Turns the state over as a click would, command included.
     int ToggleButton(std::int32_t command_id);
 
+    /// Gives the keyboard to the first button that can be pressed. From there Tab and the arrow
+    /// keys lead to the others, Space and Return press, Escape gives the keyboard back to the
+    /// parent. @return false when no button can be pressed
+    bool TakeKeyboard();
+
     /// Receives the commands instead of the parent: WM_COMMAND with the command id and the
     /// BitmapButton as lParam.
     void SetNotifyTarget(CObj* target) { notify_target_ = target; }
@@ -73,6 +78,9 @@ private:
     int Add(std::unique_ptr<CButtonInfo> record, std::int32_t command_id, LONG left, LONG top,
             const char* tip_text, ButtonKind kind, std::int32_t group);
     bool OnClick(std::int32_t command_id, const BitmapButton* clicked);
+    bool OnKey(WPARAM key, LPARAM lparam);
+    std::int32_t ButtonWithKeyboard() const;
+    bool MoveKeyboard(std::int32_t from, std::int32_t step);
     void ReleaseOthers(const CButtonInfo& pressed) const;
     void Tell(UINT message, std::int32_t command_id, BitmapButton* button) const;
 

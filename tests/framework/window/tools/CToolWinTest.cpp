@@ -312,6 +312,37 @@ TEST_F(ToolWindow, TellsAssistantsItsButtonsAndLetsThemPress) {
     EXPECT_THAT(Commands(), IsEmpty());
 }
 
+TEST_F(ToolWindow, IsWorkedByTheKeyboard) {
+    AddSquare(1, 0, ButtonKind::Push, 0, "Apri");
+    AddSquare(2, 30, ButtonKind::Push, 0, "Nascosto");
+    AddSquare(3, 60, ButtonKind::Toggle, 0, "Pausa");
+    bar_.HideButton(2);
+    EXPECT_TRUE(bar_.TakeKeyboard());
+    const auto press = [this](Qt::Key key) {
+        QTest::keyClick(desktop::WidgetOf(owner_.Window()), key);
+        ProcessUntil([] { return GetFocus() != nullptr; });
+        lum.ProcessMessages();
+    };
+    const CLittleWin& tip = CLittleWin::ButtonTips();
+    EXPECT_EQ(GetFocus(), bar_.FindButton(1)->Window());
+    EXPECT_TRUE(tip.IsShown() && tip.HintText() == "Apri");
+    press(Qt::Key_Space);
+    EXPECT_FALSE(tip.IsShown());
+    press(Qt::Key_Tab); // past the hidden one
+    EXPECT_EQ(GetFocus(), bar_.FindButton(3)->Window());
+    EXPECT_TRUE(tip.IsShown() && tip.HintText() == "Pausa");
+    press(Qt::Key_Return);
+    EXPECT_TRUE(IsDown(3));
+    EXPECT_THAT(Commands(), testing::ElementsAre(1, 3));
+    press(Qt::Key_Right); // round to the first
+    EXPECT_EQ(GetFocus(), bar_.FindButton(1)->Window());
+    press(Qt::Key_A); // none of the bar's
+    EXPECT_EQ(owner_.Count(WM_KEYDOWN), 1);
+    press(Qt::Key_Escape);
+    EXPECT_EQ(GetFocus(), owner_.Window());
+    EXPECT_FALSE(tip.IsShown());
+}
+
 TEST_F(ToolWindow, ShowsATipWhereThePointerRestsUntilItLeaves) {
     AddSquare(1, 0, ButtonKind::Push, 0, "Vai all'Inizio");
     AddSquare(2, 40);
