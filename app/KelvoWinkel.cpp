@@ -74,6 +74,8 @@ bool KelvoWinkel::HandleMessage(UINT message, WPARAM wparam, LPARAM lparam) {
         return OnCommandMessage(wparam, lparam);
     case WM_TIMER:
         return OnTimer(wparam);
+    case WM_KEYDOWN:
+        return wparam == VK_TAB && button_bar_.TakeKeyboard();
     case kTimesChanged:
         times_.ShowLabels();
         return true;

@@ -57,6 +57,24 @@ protected:
     HWND Slider() const { return window_->ToolDialog().Control(101); }
 };
 
+TEST_F(Bar, IsReachedByTheKeyboard) {
+    ASSERT_TRUE(Open(MakePair("clip")));
+    SetFocus(window_->Window());
+    window_->Send(WM_KEYDOWN, VK_TAB, 0);
+    ASSERT_EQ(GetFocus(), Button(Command::Open).Window());
+    while (GetFocus() != Button(Command::Play).Window()) {
+        const HWND before = GetFocus();
+        SendMessageA(before, WM_KEYDOWN, VK_RIGHT, 0);
+        lum.ProcessMessages();
+        ASSERT_NE(GetFocus(), before);
+    }
+    SendMessageA(GetFocus(), WM_KEYDOWN, VK_SPACE, 0);
+    lum.ProcessMessages();
+    EXPECT_TRUE(Plays());
+    Click(Command::Stop);
+    EXPECT_TRUE(WaitUntilQuiet());
+}
+
 TEST_F(Bar, ShowsTheButtonsThatMakeSense) {
     EXPECT_EQ(ShownButtons(), kAll);
     ASSERT_TRUE(Open(MakePair("clip", {.images = 400, .audio_frames = 80})));
