@@ -134,12 +134,15 @@ bool ZFilekel::DecodeStored(const StoredRecord& stored) {
         sound = decoded.described == RecordLength();
     }
     record_is_damaged_ = !sound;
-    return sound || ErrorBox(kCorruptFile);
+    // Of a film that was opened as a damaged one, everything was said then.
+    return sound || (!salvaged_ && ErrorBox(kCorruptFile));
 }
 
 /// The record at the position; its number is current_record_.
 bool ZFilekel::ReadHere() {
     if (!CanCode() && !IsRaw(header_)) return Fail(Fault::BadValue, FileOffset());
+    record_is_lost_ = IsLost(current_record_);
+    if (record_is_lost_) return PassLostRecord();
     StoredRecord stored;
     if (!ReadStored(stored)) return false;
     TakeSideBlock(stored);
@@ -169,7 +172,7 @@ bool ZFilekel::ReadRecord(int record) {
     last_error_ = {};
     if (record < 0 || static_cast<std::uint32_t>(record) >= RecordCount()) return false;
     const auto number = static_cast<std::uint32_t>(record);
-    const std::uint32_t first = IsDifferential() ? header_.KeyRecordOf(number) : number;
+    const std::uint32_t first = FirstToDecode(number);
     return ReadRun(first, number - first + 1);
 }
 
@@ -178,13 +181,17 @@ bool ZFilekel::GoToRecord(int record) {
     last_error_ = {};
     const std::uint32_t number =
         record < 0 ? 0 : std::min(static_cast<std::uint32_t>(record), RecordCount() - 1);
-    const std::uint32_t first = IsDifferential() ? header_.KeyRecordOf(number) : number;
+    const std::uint32_t first = FirstToDecode(number);
     return ReadRun(first, number - first);
 }
 
 const std::uint8_t* ZFilekel::ReadRawRecord(int record, std::uint32_t& stored_length) {
     last_error_ = {};
     if (record < 0 || static_cast<std::uint32_t>(record) >= RecordCount()) return nullptr;
+    if (IsLost(static_cast<std::uint32_t>(record))) {
+        Fail(Fault::Missing, RecordFileOffset(static_cast<std::uint32_t>(record)));
+        return nullptr;
+    }
     StoredRecord stored;
     if (!SeekToRecord(static_cast<std::uint32_t>(record)) || !ReadStored(stored)) return nullptr;
     TakeSideBlock(stored);

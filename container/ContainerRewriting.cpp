@@ -221,6 +221,8 @@ bool ZFilekel::RecompressOnClose(bool with_dialog) {
 
 bool ZFilekel::Recompress(const RewriteParameters& parameters, ProgressOwner* owner) {
     if (mode_ == Mode::Closed) return false;
+    last_error_ = {};
+    if (salvaged_) return Fail(Fault::Mismatch); // what is lost now could never be found again
     RewriteTarget target;
     const Error error =
         WriteRewritten(target, parameters, ProgressOf(owner, RecordCount(), target));

@@ -1,9 +1,8 @@
 #include "container/IndexRebuild.h"
 
-#include "container/AVDirectory.h"
 #include "container/ContainerHeader.h"
-#include "container/RecordWalk.h"
 #include "container/RewriteTarget.h"
+#include "container/SalvageWriting.h"
 #include "container/UndoFile.h"
 #include "framework/base/ChFile.h"
 #include "framework/base/ProgressDisplay.h"
@@ -13,14 +12,17 @@
 
 #include <algorithm>
 #include <array>
+#include <memory>
 #include <optional>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace kelvo {
 
 namespace {
 
-constexpr char kCopyTitle[] = "Ricostruzione indici...";
+constexpr char kTitle[] = "Ricostruzione indici...";
 constexpr std::uint32_t kCopyPiece = std::uint32_t{4} * 1024 * 1024;
 
 /// One track on its way from the old file into the new one.
@@ -30,10 +32,27 @@ struct Part {
     bool is_container = false;
     bool changed = false;
     ContainerHeader header{};
-    RecordIndex index{};
+    std::vector<std::uint8_t> user_header = {};
+    RecordMap map = {};
 };
 
-Error ReadPart(HFILE file, Part& part) {
+MapProgress Shown(const std::shared_ptr<ProgressDisplay>& display, const TrackWindow& window) {
+    const auto total = static_cast<std::int32_t>(window.Size());
+    return [display, total](std::uint32_t position) {
+        return display->Update(static_cast<std::int32_t>(position), total);
+    };
+}
+
+Error ReadUserHeader(HFILE file, Part& part) {
+    part.user_header.resize(part.header.UserHeaderSize); // inside the file, as was checked
+    const std::uint64_t place = part.window.start + std::uint64_t{kContainerHeaderBytes};
+    const std::int64_t count =
+        platform::ReadFileAt(file, place, part.user_header.data(), part.user_header.size());
+    if (count == static_cast<std::int64_t>(part.user_header.size())) return {};
+    return {Fault::Unreadable, place};
+}
+
+Error ReadPart(HFILE file, RebuildAim aim, Part& part) {
     std::array<std::uint8_t, kContainerHeaderBytes> bytes{};
     const std::size_t wanted = std::min<std::size_t>(part.window.Size(), bytes.size());
     if (platform::ReadFileAt(file, part.window.start, bytes.data(), wanted) !=
@@ -48,20 +67,20 @@ Error ReadPart(HFILE file, Part& part) {
     bare.RecordCount = 0;
     part.is_container = CheckHeaderFits(bare, part.window.Size()).fault == Fault::None;
     if (!part.is_container) return {};
-    const std::optional<RecordIndex> old_index = ReadOldIndex(file, part.window, part.header);
-    const bool sound =
-        old_index && IndexAgreesWithRecords(file, part.window, part.header, *old_index);
-    if (sound && !part.is_cut) return {};
+    if (const Error error = ReadUserHeader(file, part); error.fault != Fault::None) return error;
+    const MapDepth depth = aim == RebuildAim::Index ? MapDepth::Places : MapDepth::Content;
+    const std::shared_ptr<ProgressDisplay> display = ShowProgress(kTitle);
     const Error error =
-        WalkRecords(file, part.window, part.header, old_index ? &*old_index : nullptr, part.index);
+        MapRecords(file, part.window, part.header, depth, Shown(display, part.window), part.map);
     // Where the index alone knows how long a damaged record is, it is as good as it can be.
-    part.changed = part.is_cut || !old_index || !(*old_index == part.index);
+    part.changed = part.is_cut || part.map.old_index != OldIndex::Sound;
+    if (aim != RebuildAim::Index) part.changed = part.changed || part.map.IsDamaged();
     return error;
 }
 
 /// A long file can be stopped between two pieces.
 Error CopyInPieces(RewriteTarget& target, HFILE file, const TrackWindow& window) {
-    const auto progress = ShowProgress(kCopyTitle);
+    const auto progress = ShowProgress(kTitle);
     const auto total = static_cast<std::int32_t>(window.Size());
     for (std::uint32_t start = window.start; start < window.end;) {
         if (!progress->Update(static_cast<std::int32_t>(start - window.start), total)) {
@@ -76,36 +95,46 @@ Error CopyInPieces(RewriteTarget& target, HFILE file, const TrackWindow& window)
     return {};
 }
 
-Error WritePart(RewriteTarget& target, HFILE file, const Part& part) {
+Error WritePart(RewriteTarget& target, HFILE file, const RebuildOptions& options,
+                const Part& part) {
     if (!part.changed) return CopyInPieces(target, file, part.window);
+    if (options.aim == RebuildAim::Salvage) {
+        const std::shared_ptr<ProgressDisplay> display = ShowProgress(kTitle);
+        const auto silence = options.silence ? options.silence(part.header, part.user_header)
+                                             : std::optional<std::uint8_t>{};
+        return WriteSalvaged(target, file, part.window, part.header, part.user_header, part.map,
+                             silence, Shown(display, part.window));
+    }
     ContainerHeader header = part.header;
-    header.RecordCount = part.index.Count();
-    header.IndexOffset = part.index.End();
+    header.RecordCount = part.map.index.Count();
+    header.IndexOffset = part.map.index.End();
     header.HeaderMark = 1;
     const std::uint32_t start = part.window.start;
     const auto header_bytes = static_cast<std::uint32_t>(kContainerHeaderBytes);
     Error error = target.AppendBytes(HeaderBytes(header));
     if (error.fault == Fault::None) {
-        error = CopyInPieces(target, file, {start + header_bytes, start + part.index.End()});
+        error = CopyInPieces(target, file, {start + header_bytes, start + part.map.index.End()});
     }
-    return error.fault == Fault::None ? target.AppendIndex(part.index) : error;
+    return error.fault == Fault::None ? target.AppendIndex(part.map.index) : error;
 }
 
-RebuiltTrack ReportOf(const std::optional<Part>& part) {
+RebuiltTrack ReportOf(std::optional<Part>& part) {
     if (!part) return {};
     RebuiltTrack track{.is_there = true,
                        .is_container = part->is_container,
+                       .is_cut = part->is_cut,
                        .changed = part->changed,
-                       .header_records = part->header.RecordCount,
-                       .records = part->header.RecordCount};
-    if (!part->is_container) track.header_records = track.records = 0;
-    if (part->changed) track.records = part->index.Count();
+                       .start = part->window.start};
+    if (!part->is_container) return track;
+    track.header_records = part->header.RecordCount;
+    track.records = part->map.index.Count();
+    track.map = std::move(part->map);
     return track;
 }
 
 /// The tracks of a film; the last one may end where the file does, whatever the directory says.
-Error FindParts(ChFile& file, std::optional<Part>& audio, std::optional<Part>& video,
-                bool& is_film) {
+Error FindParts(ChFile& file, const RebuildOptions& options, std::optional<Part>& audio,
+                std::optional<Part>& video, bool is_film) {
     const std::int64_t length = file.FileLength();
     if (length < 0) return {Fault::Unreadable, 0};
     const auto size = static_cast<std::uint32_t>(
@@ -116,7 +145,7 @@ Error FindParts(ChFile& file, std::optional<Part>& audio, std::optional<Part>& v
     }
     std::array<std::uint8_t, AVDirectory::kBytes> bytes{};
     if (!file.ReadAll(bytes)) return {Fault::EndsEarly, 0};
-    const AVDirectory directory = ParseAVDirectory(bytes).Value();
+    const AVDirectory directory = options.directory.value_or(ParseAVDirectory(bytes).Value());
     const auto find = [size](TrackWindow window, std::optional<Part>& part) -> Error {
         if (window.Absent()) return {};
         const Error error = CheckTrackWindow({window.start, window.start}, size);
@@ -130,11 +159,17 @@ Error FindParts(ChFile& file, std::optional<Part>& audio, std::optional<Part>& v
     return error.fault != Fault::None ? error : find(directory.video, video);
 }
 
-Error WriteFile(ChFile& file, const std::string& name, bool is_film,
+bool Place(RewriteTarget& target, const RebuildOptions& options) {
+    if (options.before_placing && !options.before_placing()) return false;
+    const bool replace = options.output.empty() || options.replace_output;
+    return replace ? target.PutInPlace() : target.PutWhereNothingIs();
+}
+
+Error WriteFile(ChFile& file, const std::string& name, const RebuildOptions& options, bool is_film,
                 const std::optional<Part>& audio, const std::optional<Part>& video) {
     RewriteTarget target;
-    Error error =
-        target.Begin(name, is_film ? RewriteTarget::Kind::Film : RewriteTarget::Kind::Track);
+    Error error = target.Begin(options.output.empty() ? name : options.output,
+                               is_film ? RewriteTarget::Kind::Film : RewriteTarget::Kind::Track);
     if (error.fault == Fault::None && !platform::NameMeans(name, file.Handle())) {
         error = {Fault::Busy, 0}; // another program has replaced the file
     }
@@ -142,7 +177,7 @@ Error WriteFile(ChFile& file, const std::string& name, bool is_film,
     const auto write = [&](const std::optional<Part>& part, TrackWindow& window) {
         if (!part || error.fault != Fault::None) return;
         const auto start = static_cast<std::uint32_t>(target.Size());
-        error = WritePart(target, file.Handle(), *part);
+        error = WritePart(target, file.Handle(), options, *part);
         window = {start, static_cast<std::uint32_t>(target.Size())};
     };
     write(audio, directory.audio);
@@ -150,14 +185,18 @@ Error WriteFile(ChFile& file, const std::string& name, bool is_film,
     if (is_film && error.fault == Fault::None) error = target.PutDirectory(directory);
     if (error.fault == Fault::None) error = target.Finish();
     if (error.fault != Fault::None) return error;
-    if (target.PutInPlace()) return {};
+    if (Place(target, options)) return {};
     target.Discard();
     return {Fault::Unwritable, 0};
 }
 
+bool NeedsWriting(const std::optional<Part>& part) {
+    return part && (part->changed || part->is_cut);
+}
+
 } // namespace
 
-Result<RebuildReport> RebuildIndex(const CString& name) {
+Result<RebuildReport> RebuildIndex(const CString& name, const RebuildOptions& options) {
     const std::optional<std::string> found =
         platform::ExistingFileName(ResolvePath(nullptr, name, nullptr).View());
     if (!found) return Error{Fault::Missing, 0};
@@ -168,26 +207,27 @@ Result<RebuildReport> RebuildIndex(const CString& name) {
     if (!file.OpenReadOnly(name)) return Error{Fault::Unreadable, 0};
     if (!platform::TryLock(file.Handle())) return Error{Fault::Busy, 0};
 
-    bool is_film = IsFilmName(*found);
+    const bool is_film = IsFilmName(*found);
     std::optional<Part> audio;
     std::optional<Part> video;
-    Error error = FindParts(file, audio, video, is_film);
+    Error error = FindParts(file, options, audio, video, is_film);
     for (std::optional<Part>* part : {&audio, &video}) {
-        if (*part && error.fault == Fault::None) error = ReadPart(file.Handle(), **part);
+        if (*part && error.fault == Fault::None)
+            error = ReadPart(file.Handle(), options.aim, **part);
     }
     if (error.fault != Fault::None) return error;
-    RebuildReport report{.is_film = is_film, .audio = ReportOf(audio), .video = ReportOf(video)};
-    if (!report.audio.is_container && !report.video.is_container) {
-        return Error{Fault::BadValue, 0};
-    }
-    const auto needs_writing = [](const std::optional<Part>& part) {
-        return part && (part->changed || part->is_cut);
-    };
-    if (!needs_writing(audio) && !needs_writing(video)) return report;
-    error = WriteFile(file, system_name, is_film, audio, video);
+    const bool any_container = (audio && audio->is_container) || (video && video->is_container);
+    if (!any_container && !options.directory) return Error{Fault::BadValue, 0};
+    const bool needed = NeedsWriting(audio) || NeedsWriting(video) ||
+                        options.directory.has_value() || !options.output.empty();
+    const bool write = needed && options.aim != RebuildAim::Report;
+    if (write) error = WriteFile(file, system_name, options, is_film, audio, video);
     if (error.fault != Fault::None) return error;
-    report.written = true;
-    return report;
+    return RebuildReport{.is_film = is_film,
+                         .written = write,
+                         .directory_found = options.directory.has_value(),
+                         .audio = ReportOf(audio),
+                         .video = ReportOf(video)};
 }
 
 } // namespace kelvo

@@ -36,6 +36,8 @@ void ZFilekel::Reset() {
     frame_buffer_.Free();
     current_record_ = 0;
     record_is_damaged_ = false;
+    record_is_lost_ = false;
+    salvaged_.reset();
     modified_ = false;
     undo_.Abandon(); // removed by now, unless the next opening shall find it
 }

@@ -2,6 +2,7 @@
 
 #include "framework/base/ByteReader.h"
 #include "framework/base/ByteWriter.h"
+#include "media/FilmTracks.h"
 
 #include <algorithm>
 #include <climits>
@@ -40,13 +41,43 @@ AudioFilekel::~AudioFilekel() {
 bool AudioFilekel::OpenForRead(const CString& name) {
     if (IsTrackOpen()) return false;
     header_error_ = {};
-    if (VorbisFilekel::IsVorbisFile(name)) return OpenVorbis(name);
-    return ZFilekel::OpenForRead(name, 'A') && TakeHeader();
+    if (VorbisFilekel::IsVorbisFile(name)) return OpenVorbis(name, std::nullopt);
+    return OpenContainer(name);
 }
 
-bool AudioFilekel::OpenVorbis(const CString& name) {
+bool AudioFilekel::OpenContainer(const CString& name) {
+    const bool is_film = IsFilmName(name.View());
+    if (ZFilekel::OpenForRead(name, 'A')) {
+        const bool believable = IndexIsBelievable();
+        if (believable && TakeHeader()) return true;
+        if (believable && !is_film) return false; // a sound container of something else
+        ZFilekel::Close();
+    } else if (!is_film && LastError().fault == Fault::Missing) {
+        return false;
+    }
+    return OpenDamaged(name);
+}
+
+bool AudioFilekel::OpenDamaged(const CString& name) {
+    std::optional<TrackWindow> window;
+    if (IsFilmName(name.View())) {
+        const Result<FoundTracks> found = FindFilmTracks(name);
+        if (!found || found.Value().directory.audio.Absent()) return false;
+        window = found.Value().directory.audio;
+        if (VorbisFilekel::IsVorbisTrack(name, *window)) {
+            if (!OpenVorbis(name, window)) return false;
+            notice_.Show(vorbis_->FileName());
+            return true;
+        }
+    }
+    if (!OpenSalvaged(name, window) || !TakeHeader()) return false;
+    notice_.Show(FileName());
+    return true;
+}
+
+bool AudioFilekel::OpenVorbis(const CString& name, const std::optional<TrackWindow>& window) {
     auto vorbis = std::make_shared<VorbisFilekel>();
-    const bool opened = vorbis->OpenForRead(name, kAudioHeaderSize);
+    const bool opened = vorbis->OpenForRead(name, kAudioHeaderSize, window);
     header_error_ = opened ? TakeVorbisHeader(*vorbis) : vorbis->LastError();
     if (header_error_.fault != Fault::None) {
         return ErrorBox(kCannotOpenVorbisText, Caption{kOpenForReadCaption});
@@ -108,6 +139,7 @@ bool AudioFilekel::Create(const CString& name, int type, std::uint32_t sample_ra
 
 bool AudioFilekel::Close() {
     vorbis_.reset();
+    notice_.Release();
     return OpenMode() == Mode::Closed || ZFilekel::Close();
 }
 
@@ -125,6 +157,7 @@ bool AudioFilekel::ReadNextAudioFrame(int& frame_number, std::uint32_t& capture_
         frame_number = NoFrameIndex;
         return false;
     }
+    SilenceLostFrame();
     frame_number = AsInt(CurrentRecord());
     capture_time = SideCaptureTime();
     return true;
@@ -135,6 +168,7 @@ bool AudioFilekel::ReadAudioFrame(int frame, std::uint32_t& capture_time) {
         return frame >= 0 && vorbis->GoToFrame(frame) && vorbis->ReadNextFrame();
     }
     if (!ReadRecord(frame)) return false;
+    SilenceLostFrame();
     capture_time = SideCaptureTime();
     return true;
 }
@@ -169,6 +203,12 @@ bool AudioFilekel::RefusedForVorbis() const {
     if (vorbis_ == nullptr) return false;
     ErrorBox(kNotForVorbisText);
     return true;
+}
+
+/// A repeated image stands still; a repeated frame of sound stutters.
+void AudioFilekel::SilenceLostFrame() {
+    if (!RecordIsLost()) return;
+    std::ranges::fill(RecordBuffer(), SilenceByte(header_));
 }
 
 std::uint32_t AudioFilekel::SideCaptureTime() const {

@@ -6,12 +6,14 @@
 #include "framework/base/Bytes.h"
 #include "framework/base/CString.h"
 #include "media/AudioHeader.h"
+#include "media/DamagedFilm.h"
 #include "media/VorbisFilekel.h"
 #include "platform/base/wave_format.h"
 
 #include <array>
 #include <cstdint>
 #include <memory>
+#include <optional>
 
 namespace kelvo {
 
@@ -73,7 +75,10 @@ public:
 
 private:
     bool TakeHeader();
-    bool OpenVorbis(const CString& name);
+    bool OpenContainer(const CString& name);
+    bool OpenDamaged(const CString& name);
+    bool OpenVorbis(const CString& name, const std::optional<TrackWindow>& window);
+    void SilenceLostFrame();
     Error TakeVorbisHeader(const VorbisFilekel& vorbis);
     bool RefusedForVorbis() const;
     std::uint32_t SideCaptureTime() const;
@@ -83,6 +88,7 @@ private:
     std::shared_ptr<VorbisFilekel> vorbis_;             // null for the container form; shared only
                                                         // with an operation that is going on
     Error header_error_;
+    DamagedFilmNotice notice_;
 };
 
 } // namespace kelvo

@@ -49,6 +49,11 @@ Error CheckAudioHeader(const AudioHeader& header, std::uint32_t channels = 1);
 /// them, so that the device is never opened with numbers that nobody checked.
 void RepairWaveFormat(AudioHeader& header);
 
+/// The byte that silence consists of in either sample width.
+inline std::uint8_t SilenceByte(const AudioHeader& header) {
+    return header.BytesPerSample == 1 ? std::uint8_t{127} : std::uint8_t{0};
+}
+
 /// True when both describe the same form of sound (the compression type is compared elsewhere).
 bool SameForm(const AudioHeader& a, const AudioHeader& b);
 

@@ -2,10 +2,12 @@
 
 #include "framework/base/ByteReader.h"
 #include "framework/base/ByteWriter.h"
+#include "media/FilmTracks.h"
 
 #include <algorithm>
 #include <climits>
 #include <cstring>
+#include <optional>
 #include <tuple>
 #include <utility>
 
@@ -35,7 +37,29 @@ VideoFilekel::~VideoFilekel() = default;
 
 bool VideoFilekel::OpenForRead(const CString& name) {
     header_error_ = {};
-    return ZFilekel::OpenForRead(name, 'V') && TakeHeader();
+    if (OpenMode() != Mode::Closed) return false;
+    const bool is_film = IsFilmName(name.View());
+    if (ZFilekel::OpenForRead(name, 'V')) {
+        const bool believable = IndexIsBelievable();
+        if (believable && TakeHeader()) return true;
+        if (believable && !is_film) return false; // a sound container of something else
+        ZFilekel::Close();
+    } else if (!is_film && LastError().fault == Fault::Missing) {
+        return false;
+    }
+    return OpenDamaged(name);
+}
+
+bool VideoFilekel::OpenDamaged(const CString& name) {
+    std::optional<TrackWindow> window;
+    if (IsFilmName(name.View())) {
+        const Result<FoundTracks> found = FindFilmTracks(name);
+        if (!found || found.Value().directory.video.Absent()) return false;
+        window = found.Value().directory.video;
+    }
+    if (!OpenSalvaged(name, window) || !TakeHeader()) return false;
+    notice_.Show(FileName());
+    return true;
 }
 
 bool VideoFilekel::OpenExisting(const CString& name) {
@@ -116,6 +140,7 @@ bool VideoFilekel::AppendFrame(ByteView pixels, std::uint32_t sync_number,
 
 bool VideoFilekel::Close() {
     const bool closed = OpenMode() == Mode::Closed || ZFilekel::Close();
+    notice_.Release();
     header_bytes_.clear();
     PublishPosition();
     return closed;

@@ -6,6 +6,7 @@
 #include "container/ZFilekel.h"
 #include "framework/base/Bytes.h"
 #include "framework/base/CString.h"
+#include "media/DamagedFilm.h"
 #include "media/VideoHeader.h"
 #include "platform/base/bitmaps.h"
 
@@ -31,6 +32,8 @@ public:
     ~VideoFilekel() override;
 
     /// Of a .kva it is the picture. A user header that is no video header is refused without a box.
+    /// A damaged film opens with what can be found of it, after one message for the whole film
+    /// (DamagedFilmNotice); its file is never touched.
     [[nodiscard]] bool OpenForRead(const CString& name);
     [[nodiscard]] bool OpenExisting(const CString& name);
     /// A new track; WriteVideoHeader and AppendFrame follow.
@@ -87,6 +90,7 @@ public:
     const Error& HeaderError() const { return header_error_; }
 
 private:
+    bool OpenDamaged(const CString& name);
     bool TakeHeader();
     void SetUpHeader(std::uint32_t bitmap_part);
     FrameSide SideOfRecord() const;
@@ -96,6 +100,7 @@ private:
     VideoHeader fields_;                     // read from header_bytes_
     std::array<std::uint8_t, kVideoSideLength> side_{};
     Error header_error_;
+    DamagedFilmNotice notice_;
 
     std::atomic<int> current_frame_{0}; ///< who reads images writes it, any thread reads it
 };

@@ -53,8 +53,10 @@ public:
 
     /// Starts on a stream: reads its three header packets. Clears what was there before.
     [[nodiscard]] VorbisFault SetUp(VorbisSource& source);
-    /// Decodes on: what is still in the decoder and in its pages, then one input step is read.
-    /// Stops early when `room` cannot take one more sample of all channels; nothing is lost then.
+    /// Decodes on; what a hole in the stream took away is silence, so that everything behind it
+    /// keeps its place in time. What is decoded is what is still in the decoder and in its pages,
+    /// then one input step is read. Stops early when `room` cannot take one more sample of all
+    /// channels; nothing is lost then.
     [[nodiscard]] Chunk Decode(VorbisSource& source, ByteSpan room, unsigned bytes_per_sample);
     void Clear();
 
@@ -72,7 +74,11 @@ private:
     VorbisFault ReadSecondaryHeaders(VorbisSource& source);
     bool ReadStep(VorbisSource& source);
     std::size_t TakeSamples(ByteSpan room, unsigned bytes_per_sample);
+    std::size_t TakeSilence(ByteSpan room, unsigned bytes_per_sample);
+    bool NextPacket(Chunk& chunk);
+    bool NextPage(VorbisSource& source, Chunk& chunk, bool& read);
     void DecodePacket(Chunk& chunk);
+    void BridgeGap();
 
     std::unique_ptr<State> state_;
     unsigned channels_ = 0;

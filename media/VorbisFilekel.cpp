@@ -2,6 +2,7 @@
 
 #include "container/AVDirectory.h"
 #include "framework/base/ProgressDisplay.h"
+#include "media/DamagedFilm.h"
 
 #include <algorithm>
 #include <climits>
@@ -105,11 +106,20 @@ bool VorbisFilekel::IsVorbisFile(const CString& name) {
     return file.OpenReadOnly(name) && EnterSound(file, name) && ReadsSignature(file);
 }
 
-bool VorbisFilekel::OpenForRead(const CString& name, std::uint32_t header_length) {
+bool VorbisFilekel::IsVorbisTrack(const CString& name, const TrackWindow& window) {
+    ChFile file;
+    return file.OpenReadOnly(name) && file.SetWindow(window.start, window.end) &&
+           ReadsSignature(file);
+}
+
+bool VorbisFilekel::OpenForRead(const CString& name, std::uint32_t header_length,
+                                const std::optional<TrackWindow>& window) {
     Close();
     last_error_ = {Fault::Missing, 0};
     if (!file_.OpenReadOnly(name)) return false;
-    if (!EnterSound(file_, name) || !ReadsSignature(file_)) {
+    const bool entered =
+        window ? file_.SetWindow(window->start, window->end) : EnterSound(file_, name);
+    if (!entered || !ReadsSignature(file_)) {
         std::ignore = file_.CloseFile(); // nothing was written
         last_error_ = {Fault::BadValue, 0};
         return false;
@@ -294,6 +304,7 @@ void VorbisFilekel::FillFrame() {
 void VorbisFilekel::ShowDamageOnce() {
     if (!out_of_step_ || damage_shown_) return;
     damage_shown_ = true;
+    if (DamagedFilmNotice::WasShownFor(file_.FileName())) return; // one box is enough
     ErrorBox(kDamagedText);
 }
 

@@ -3,6 +3,7 @@
 // and cut into audio frames. One track decodes at a time in the whole process; when another one
 // reads, it takes the decoder over, and the first finds its place again at its next read.
 
+#include "container/AVDirectory.h"
 #include "framework/base/Bytes.h"
 #include "framework/base/CObj.h"
 #include "framework/base/CString.h"
@@ -14,6 +15,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <vector>
 
 namespace kelvo {
@@ -33,12 +35,16 @@ public:
 
     /// True when the file (of a .kva: its sound) begins with the signature.
     [[nodiscard]] static bool IsVorbisFile(const CString& name);
+    /// The same of a track that was found elsewhere than the film's directory says.
+    [[nodiscard]] static bool IsVorbisTrack(const CString& name, const TrackWindow& window);
 
     /// A stream that cannot be set up is reported in a box; the track is then open and silent.
     /// @param header_length  of the track header behind the description
     /// @return false when there is no such file, no signature, or a description that contradicts
     ///         itself (LastError() tells)
-    [[nodiscard]] bool OpenForRead(const CString& name, std::uint32_t header_length);
+    /// @param window  where the track lies; none: where the directory of a .kva says, or the file
+    [[nodiscard]] bool OpenForRead(const CString& name, std::uint32_t header_length,
+                                   const std::optional<TrackWindow>& window = {});
     bool Close();
 
     /// Fills the frame buffer with the next FrameBytes bytes of PCM. Where the stream is shorter
