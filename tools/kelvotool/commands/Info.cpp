@@ -192,6 +192,9 @@ std::string TextOf(const TrackState& state) {
         AppendLine(
             text, "index",
             fmt::format("at {}{}", header.IndexOffset, state.opens ? "" : ", cannot be used"));
+        for (const Problem& problem : state.problems) {
+            if (!problem.remedy.empty()) AppendLine(text, "remedy", problem.remedy);
+        }
     }
     return text;
 }

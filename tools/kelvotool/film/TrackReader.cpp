@@ -2,6 +2,10 @@
 
 #include "framework/base/ByteReader.h"
 #include "platform/base/files.h"
+#include "tools/kelvotool/film/Salvage.h"
+#include "tools/kelvotool/report/StopSignal.h"
+
+#include <fmt/format.h>
 
 #include <array>
 #include <string>
@@ -33,14 +37,31 @@ Problem TrackReader::Make(ProblemCode code, std::string what, std::optional<std:
 
 std::optional<Problem> TrackReader::Open() {
     switch (track_.form) {
-    case TrackForm::Container:
-        return OpenContainer();
+    case TrackForm::Container: {
+        std::optional<Problem> problem = OpenContainer();
+        if (problem && problem->severity == kDamaged) problem->remedy = Remedy();
+        return problem;
+    }
     case TrackForm::Vorbis:
         return OpenVorbis();
     case TrackForm::Unknown:
         break;
     }
     return Make(ProblemCode::HeaderDamaged, "it cannot be made out");
+}
+
+/// What a rebuild would make of it; empty when it could make nothing.
+std::string TrackReader::Remedy() const {
+    ChFile file;
+    if (!file.OpenReadOnly(CString(std::string_view{track_.file}))) return {};
+    RecordMap map;
+    const auto go_on = [](std::uint32_t) { return !StopRequested(); };
+    const Error error =
+        MapRecords(file.Handle(), track_.window, *track_.container, MapDepth::Places, go_on, map);
+    if (error.fault != Fault::None || map.index.Count() == 0) return {};
+    const bool lost = map.index.Count() != map.Count(RecordState::Kept);
+    return fmt::format("kelvotool rebuild{}: {}", lost ? " --salvage" : "",
+                       Summary(map, track_.container->RecordCount));
 }
 
 std::optional<Problem> TrackReader::OpenContainer() {

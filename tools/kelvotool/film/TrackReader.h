@@ -53,6 +53,7 @@ public:
 
 private:
     std::optional<Problem> OpenContainer();
+    std::string Remedy() const;
     std::optional<Problem> OpenVorbis();
 
     const FilmDescription& film_;

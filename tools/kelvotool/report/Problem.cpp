@@ -90,7 +90,9 @@ nlohmann::ordered_json JsonOf(const Problem& problem) {
     if (problem.record) json["record"] = *problem.record;
     if (problem.offset) json["offset"] = *problem.offset;
     json["message"] = problem.what;
-    if (const auto remedy = RemedyFor(problem.code); !remedy.empty()) json["remedy"] = remedy;
+    const std::string_view remedy =
+        problem.remedy.empty() ? RemedyFor(problem.code) : std::string_view{problem.remedy};
+    if (!remedy.empty()) json["remedy"] = remedy;
     return json;
 }
 

@@ -55,6 +55,7 @@ struct Problem {
     std::string what = {};               ///< English, without a full stop
     std::optional<std::uint32_t> record = {};
     std::optional<std::uint64_t> offset = {}; ///< from the start of the file
+    std::string remedy = {};                  ///< where more is known than RemedyFor says
 };
 
 /// The problem in words: "video: what (record 3, offset 1234)".
