@@ -90,6 +90,9 @@ TEST_F(Schema, DescribesWhatEveryCommandPrintsOfGoodAndDamagedFilms) {
         Expect(command + "_list", arguments);
         Expect(command, {command, "--json", Sample("cut.kva")});
     }
+    Expect("rebuild_list", {"rebuild", "--report", "--json", Sample("square.kvf"),
+                            Sample("cut.kva"), Path("missing.kva")});
+    Expect("rebuild", {"rebuild", "--salvage", "--json", Sample("cut.kva"), "-o", Path("m.kva")});
     for (const char* const file : {"square.kvf", "screen.kaf", "bells.kaf"})
         Expect("frames", {"frames", Sample(file), "--json"});
     Expect("types", {"types", "--json"});
