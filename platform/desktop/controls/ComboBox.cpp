@@ -4,6 +4,7 @@
 #include "platform/desktop/NextMessage.h"
 #include "platform/desktop/controls/ItemTexts.h"
 #include "platform/desktop/controls/StandardControls.h"
+#include "platform/desktop/controls/TextPositions.h"
 
 #include <QAbstractItemView>
 #include <QComboBox>
@@ -11,7 +12,6 @@
 #include <QPointer>
 
 #include <algorithm>
-#include <cstring>
 #include <functional>
 
 namespace kelvo::desktop {
@@ -83,7 +83,6 @@ private:
     LRESULT Delete(LPARAM index);
     LRESULT SetCurrent(LPARAM index);
     std::string Text() const;
-    LRESULT CopyText(WPARAM capacity, LPARAM buffer) const;
     LRESULT SetText(LPARAM text);
     std::optional<LRESULT> HandleItems(UINT message, WPARAM wparam, LPARAM lparam);
     std::optional<LRESULT> HandleSelection(UINT message, WPARAM wparam, LPARAM lparam);
@@ -158,16 +157,6 @@ std::string ComboBox::Text() const {
     const int current = box_->currentIndex();
     const bool is_item = texts_.Has(current) && box_->currentText() == texts_.Shown(current);
     return is_item ? texts_.At(current).text : box_->currentText().toStdString();
-}
-
-LRESULT ComboBox::CopyText(WPARAM capacity, LPARAM buffer) const {
-    if (capacity == 0 || buffer == 0) return 0;
-    const std::string text = Text();
-    const std::size_t length = std::min<std::size_t>(text.size(), capacity - 1);
-    auto* const target = reinterpret_cast<char*>(buffer);
-    std::memcpy(target, text.data(), length);
-    target[length] = '\0';
-    return static_cast<LRESULT>(length);
 }
 
 LRESULT ComboBox::SetText(LPARAM text) {
@@ -262,7 +251,7 @@ std::optional<LRESULT> ComboBox::Handle(UINT message, WPARAM wparam, LPARAM lpar
         }
         return std::nullopt;
     case WM_GETTEXT:
-        return CopyText(wparam, lparam);
+        return CopyBytes(Text(), wparam, lparam);
     case WM_GETTEXTLENGTH:
         return static_cast<LRESULT>(Text().size());
     case WM_IME_COMPOSITION:

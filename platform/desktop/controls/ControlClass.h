@@ -101,6 +101,9 @@ protected:
     void Repaint();
     /// An event that no message brings, such as the key for a character.
     void Give(QEvent& event);
+    /// Answers WM_IME_COMPOSITION of a field that is typed in by WM_CHAR: what is unfinished is
+    /// shown in the field, what is finished comes as that message.
+    void ShowComposition();
     /// Gives back the mouse: what follows a press is somebody else's.
     void EndPress();
     /// Names the widget for assistive programs after the STATIC before it.

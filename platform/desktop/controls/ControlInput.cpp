@@ -6,6 +6,7 @@
 #include "platform/desktop/controls/ControlClass.h"
 
 #include <QContextMenuEvent>
+#include <QInputMethodEvent>
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QWheelEvent>
@@ -138,6 +139,15 @@ LRESULT Control::GiveWheel(WPARAM wparam, LPARAM lparam) {
     GiveToWidget(*receiver, event);
     if (event.isAccepted()) return 0;
     return ::DefWindowProcA(window_, WM_MOUSEWHEEL, wparam, lparam);
+}
+
+void Control::ShowComposition() {
+    const auto input = InputBehindMessage(window_, WM_IME_COMPOSITION);
+    if (!input || input->type() != QEvent::InputMethod) return;
+    const auto& composed = static_cast<const QInputMethodEvent&>(*input);
+    QInputMethodEvent unfinished(composed.preeditString(), composed.attributes());
+    Give(unfinished);
+    PostComposedText(window_);
 }
 
 void Control::Give(QEvent& event) {

@@ -1,15 +1,13 @@
-// EDIT: what the messages mean for the text in the field. What is typed arrives as WM_CHAR, byte by
-// byte, so that who filters that message filters the typing; all other keys go to the field.
+// EDIT: what the messages mean for the text in the field.
 
 #include "platform/base/resources.h"
-#include "platform/desktop/Input.h"
-#include "platform/desktop/NextMessage.h"
 #include "platform/desktop/controls/EditField.h"
 #include "platform/desktop/controls/StandardControls.h"
+#include "platform/desktop/controls/TextPositions.h"
+#include "platform/desktop/controls/Typing.h"
 
 #include <QClipboard>
 #include <QGuiApplication>
-#include <QInputMethodEvent>
 #include <QKeyEvent>
 #include <QLineEdit>
 #include <QMimeData>
@@ -18,6 +16,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <optional>
 
 namespace kelvo::desktop {
 
@@ -27,26 +26,6 @@ constexpr DWORD kAlignmentMask = ES_CENTER | ES_RIGHT;
 constexpr DWORD kFieldStyles = ES_UPPERCASE | ES_LOWERCASE | ES_PASSWORD | ES_READONLY;
 constexpr int kNoLimit = 0x7FFFFFFE;
 constexpr int kFirstLimit = 30000;
-
-// Characters that Ctrl and a letter give.
-constexpr unsigned char kSelectAll = 1;
-constexpr unsigned char kCopy = 3;
-constexpr unsigned char kBackspace = 8;
-constexpr unsigned char kTab = 9;
-constexpr unsigned char kLineFeed = 10;
-constexpr unsigned char kReturn = 13;
-constexpr unsigned char kPaste = 22;
-constexpr unsigned char kCut = 24;
-constexpr unsigned char kUndo = 26;
-constexpr unsigned char kFirstLetter = 32;
-constexpr unsigned char kDelete = 127;
-
-/// How many bytes the character takes that begins with this one.
-std::size_t BytesOfCharacter(unsigned char first) {
-    if (first >= 0xF0) return 4;
-    if (first >= 0xE0) return 3;
-    return first >= 0xC0 ? 2 : 1;
-}
 
 /// A field whose pasted and dropped texts pass the filter.
 class FilteredText : public QPlainTextEdit {
@@ -89,7 +68,7 @@ public:
 
 protected:
     std::optional<LRESULT> Handle(UINT message, WPARAM wparam, LPARAM lparam) override;
-    bool WantsKey(const QKeyEvent& event) override;
+    bool WantsKey(const QKeyEvent& event) override { return !ComesAsCharacter(event); }
     UINT ColourMessage() const override {
         const bool is_still = (style_ & (ES_READONLY | WS_DISABLED)) != 0;
         return is_still ? WM_CTLCOLORSTATIC : WM_CTLCOLOREDIT;
@@ -102,10 +81,12 @@ private:
     std::optional<LRESULT> HandleEdit(UINT message, WPARAM wparam, LPARAM lparam);
     std::optional<LRESULT> HandleLines(UINT message, WPARAM wparam, LPARAM lparam);
 
-    QString FromBytes(const std::string& bytes) const;
-    std::string ToBytes(const QString& text) const;
+    QString FromBytes(const char* bytes) const;
+    std::string Bytes() const { return BytesOf(field_->Text(), Lines()); }
+    TextLines Lines() const { return is_multi_line_ ? TextLines::Several : TextLines::One; }
     int ByteAt(int position) const;
-    int PositionAt(LPARAM byte) const;
+    int PositionOf(LPARAM byte) const;
+    int LineWithCaret() const;
 
     void OnChanged();
     QString Wanted(const QString& inserted);
@@ -114,14 +95,12 @@ private:
     void Type(const QString& text);
     void OnCharacter(unsigned char byte);
     void OnControlCharacter(unsigned char byte);
-    void OnComposition();
     void Paste();
     LRESULT SetSelection(LPARAM start, LPARAM end);
     LRESULT GetSelection(WPARAM start, LPARAM end) const;
     LRESULT LineIndex(LPARAM line) const;
     LRESULT LineLength(LPARAM byte) const;
     LRESULT CopyLine(WPARAM line, LPARAM buffer) const;
-    LRESULT CopyText(WPARAM capacity, LPARAM buffer) const;
     LRESULT DialogCode(WPARAM key) const;
 
     const bool is_multi_line_;
@@ -129,7 +108,7 @@ private:
     std::unique_ptr<EditField> field_;
     int limit_ = kFirstLimit;
     char password_letter_ = '*';
-    std::string character_; ///< its bytes that have arrived so far
+    CharacterBytes character_;
     bool quiet_ = true;     ///< what changes the text now is reported to nobody
     bool checking_ = false; ///< what changes the text now was typed
 };
@@ -175,45 +154,20 @@ void Edit::ApplyStyle(DWORD style) {
 
 // ---- text and positions ----
 
-QString Edit::FromBytes(const std::string& bytes) const {
-    QString text = QString::fromStdString(bytes);
-    if (is_multi_line_) {
-        text.replace(QLatin1String("\r\n"), QLatin1String("\n"));
-        text.replace(QLatin1Char('\r'), QLatin1Char('\n'));
-    }
-    return text;
-}
-
-std::string Edit::ToBytes(const QString& text) const {
-    QString lines = text;
-    if (is_multi_line_) lines.replace(QLatin1Char('\n'), QLatin1String("\r\n"));
-    return lines.toStdString();
+QString Edit::FromBytes(const char* bytes) const {
+    return TextFromBytes(bytes == nullptr ? "" : bytes, Lines());
 }
 
 int Edit::ByteAt(int position) const {
-    return static_cast<int>(ToBytes(field_->Text().left(position)).size());
+    return CountBytes(QStringView(field_->Text()).first(position), Lines());
 }
 
-int Edit::PositionAt(LPARAM byte) const {
-    const QString text = field_->Text();
-    LPARAM seen = 0;
-    int position = 0;
-    while (position < text.size() && seen < byte) {
-        const int units = text[position].isHighSurrogate() && position + 1 < text.size() ? 2 : 1;
-        seen += static_cast<LPARAM>(ToBytes(text.mid(position, units)).size());
-        position += units;
-    }
-    return position;
+int Edit::PositionOf(LPARAM byte) const {
+    return PositionAt(field_->Text(), byte, Lines());
 }
 
-LRESULT Edit::CopyText(WPARAM capacity, LPARAM buffer) const {
-    if (capacity == 0 || buffer == 0) return 0;
-    const std::string text = ToBytes(field_->Text());
-    const std::size_t length = std::min<std::size_t>(text.size(), capacity - 1);
-    auto* const target = reinterpret_cast<char*>(buffer);
-    std::memcpy(target, text.data(), length);
-    target[length] = '\0';
-    return static_cast<LRESULT>(length);
+int Edit::LineWithCaret() const {
+    return LineAt(field_->Text(), field_->Selection().second);
 }
 
 LRESULT Edit::SetSelection(LPARAM start, LPARAM end) {
@@ -223,7 +177,7 @@ LRESULT Edit::SetSelection(LPARAM start, LPARAM end) {
         return 0;
     }
     const auto all = static_cast<int>(field_->Text().size());
-    field_->Select(PositionAt(start), end < 0 ? all : PositionAt(end));
+    field_->Select(PositionOf(start), end < 0 ? all : PositionOf(end));
     return 0;
 }
 
@@ -237,28 +191,20 @@ LRESULT Edit::GetSelection(WPARAM start, LPARAM end) const {
 }
 
 LRESULT Edit::LineIndex(LPARAM line) const {
-    const QString text = field_->Text();
-    if (line < 0) line = text.left(field_->Selection().second).count(QLatin1Char('\n'));
-    qsizetype begin = 0;
-    for (; line > 0; --line) {
-        begin = text.indexOf(QLatin1Char('\n'), begin) + 1;
-        if (begin == 0) return -1;
-    }
-    return ByteAt(static_cast<int>(begin));
+    const std::optional<int> begin = BeginOfLine(field_->Text(), line < 0 ? LineWithCaret() : line);
+    return begin ? ByteAt(*begin) : -1;
 }
 
 LRESULT Edit::LineLength(LPARAM byte) const {
     const QString text = field_->Text();
-    const int position = byte < 0 ? field_->Selection().second : PositionAt(byte);
-    const int line = static_cast<int>(text.left(position).count(QLatin1Char('\n')));
-    return text.section(QLatin1Char('\n'), line, line).toUtf8().size();
+    const int line = byte < 0 ? LineWithCaret() : LineAt(text, PositionOf(byte));
+    return CountBytes(LineOf(text, line), TextLines::One);
 }
 
 LRESULT Edit::CopyLine(WPARAM line, LPARAM buffer) const {
+    if (buffer == 0) return 0;
     const QString text = field_->Text();
-    if (buffer == 0 || static_cast<qsizetype>(line) > text.count(QLatin1Char('\n'))) return 0;
-    const auto number = static_cast<int>(line);
-    const QByteArray bytes = text.section(QLatin1Char('\n'), number, number).toUtf8();
+    const QByteArray bytes = LineOf(text, static_cast<LPARAM>(line)).toUtf8();
     WORD capacity = 0;
     std::memcpy(&capacity, reinterpret_cast<const void*>(buffer), sizeof capacity);
     const auto length = std::min<std::size_t>(static_cast<std::size_t>(bytes.size()), capacity);
@@ -292,11 +238,12 @@ QString Edit::Wanted(const QString& inserted) {
     }
     InCase(text);
     const auto [start, end] = field_->Selection();
+    const QString all = field_->Text();
     const int rest =
-        static_cast<int>(ToBytes(field_->Text()).size()) - (ByteAt(end) - ByteAt(start));
+        CountBytes(all, Lines()) - CountBytes(QStringView(all).sliced(start, end - start), Lines());
     bool is_cut = false;
     while (!text.isEmpty() &&
-           rest + static_cast<std::int64_t>(ToBytes(text).size()) > std::int64_t{limit_}) {
+           rest + std::int64_t{CountBytes(text, Lines())} > std::int64_t{limit_}) {
         text.chop(text.back().isLowSurrogate() ? 2 : 1);
         is_cut = true;
     }
@@ -355,48 +302,12 @@ void Edit::OnControlCharacter(unsigned char byte) {
 }
 
 void Edit::OnCharacter(unsigned char byte) {
-    if (byte < kFirstLetter || byte == kDelete) {
-        character_.clear();
+    if (IsControlCharacter(byte)) {
+        character_.Clear();
         OnControlCharacter(byte);
-        return;
+    } else if (const QString letter = character_.Add(byte); !letter.isEmpty()) {
+        Type(letter);
     }
-    const bool continues = (byte & 0xC0U) == 0x80U;
-    if (!continues) character_.clear();
-    if (continues && character_.empty()) return; // the rest of nothing
-    character_ += static_cast<char>(byte);
-    if (character_.size() < BytesOfCharacter(static_cast<unsigned char>(character_[0]))) return;
-    const QString letter = QString::fromStdString(std::exchange(character_, {}));
-    Type(letter);
-}
-
-bool Edit::WantsKey(const QKeyEvent& event) {
-    switch (event.key()) {
-    case Qt::Key_Backspace:
-    case Qt::Key_Return:
-    case Qt::Key_Enter:
-    case Qt::Key_Tab:
-    case Qt::Key_Backtab:
-    case Qt::Key_Escape:
-        return false;
-    default:
-        break;
-    }
-    const QString text = event.text();
-    if (text.isEmpty()) return true;
-    const ushort letter = text[0].unicode();
-    if (letter >= kFirstLetter) return letter == kDelete;
-    return letter != kSelectAll && letter != kCopy && letter != kPaste && letter != kCut &&
-           letter != kUndo;
-}
-
-/// The unfinished text is shown in the field, the finished one comes as WM_CHAR.
-void Edit::OnComposition() {
-    const auto input = InputBehindMessage(Window(), WM_IME_COMPOSITION);
-    if (!input || input->type() != QEvent::InputMethod) return;
-    const auto& composed = static_cast<const QInputMethodEvent&>(*input);
-    QInputMethodEvent unfinished(composed.preeditString(), composed.attributes());
-    Give(unfinished);
-    PostComposedText(Window());
 }
 
 LRESULT Edit::DialogCode(WPARAM key) const {
@@ -420,8 +331,7 @@ std::optional<LRESULT> Edit::HandleLines(UINT message, WPARAM wparam, LPARAM lpa
         return CopyLine(wparam, lparam);
     case EM_LINEFROMCHAR: {
         const auto byte = static_cast<std::int32_t>(wparam);
-        const int position = byte < 0 ? field_->Selection().first : PositionAt(byte);
-        return field_->Text().left(position).count(QLatin1Char('\n'));
+        return LineAt(field_->Text(), byte < 0 ? field_->Selection().first : PositionOf(byte));
     }
     case EM_GETFIRSTVISIBLELINE:
         return field_->FirstVisibleLine();
@@ -437,8 +347,7 @@ std::optional<LRESULT> Edit::HandleEdit(UINT message, WPARAM wparam, LPARAM lpar
     case EM_SETSEL:
         return SetSelection(static_cast<std::int32_t>(wparam), static_cast<std::int32_t>(lparam));
     case EM_REPLACESEL: {
-        const auto* text = reinterpret_cast<const char*>(lparam);
-        QString inserted = FromBytes(text == nullptr ? "" : text);
+        QString inserted = FromBytes(reinterpret_cast<const char*>(lparam));
         InCase(inserted);
         field_->Insert(inserted);
         return 0;
@@ -486,14 +395,13 @@ std::optional<LRESULT> Edit::HandleEdit(UINT message, WPARAM wparam, LPARAM lpar
 std::optional<LRESULT> Edit::Handle(UINT message, WPARAM wparam, LPARAM lparam) {
     switch (message) {
     case WM_GETTEXT:
-        return CopyText(wparam, lparam);
+        return CopyBytes(Bytes(), wparam, lparam);
     case WM_GETTEXTLENGTH:
-        return static_cast<LRESULT>(ToBytes(field_->Text()).size());
+        return CountBytes(field_->Text(), Lines());
     case WM_SETTEXT: {
-        const auto* text = reinterpret_cast<const char*>(lparam);
         // Fields of several lines have always been silent about a text that the program sets.
         const bool before = std::exchange(quiet_, quiet_ || is_multi_line_);
-        field_->SetText(FromBytes(text == nullptr ? "" : text));
+        field_->SetText(FromBytes(reinterpret_cast<const char*>(lparam)));
         quiet_ = before;
         field_->SetModified(false);
         return TRUE;
@@ -502,7 +410,7 @@ std::optional<LRESULT> Edit::Handle(UINT message, WPARAM wparam, LPARAM lparam) 
         OnCharacter(static_cast<unsigned char>(wparam));
         return 0;
     case WM_IME_COMPOSITION:
-        OnComposition();
+        ShowComposition();
         return 0;
     case WM_CUT:
     case WM_CLEAR:
@@ -521,7 +429,7 @@ std::optional<LRESULT> Edit::Handle(UINT message, WPARAM wparam, LPARAM lparam) 
         Notify(EN_SETFOCUS);
         return std::nullopt;
     case WM_KILLFOCUS:
-        character_.clear();
+        character_.Clear();
         Notify(EN_KILLFOCUS);
         return std::nullopt;
     default:

@@ -1,8 +1,8 @@
 #include "platform/desktop/rich_text/RichEdit.h"
 
 #include "platform/base/resources.h"
-#include "platform/desktop/Input.h"
-#include "platform/desktop/NextMessage.h"
+#include "platform/desktop/controls/TextPositions.h"
+#include "platform/desktop/controls/Typing.h"
 #include "platform/desktop/drawing.h"
 #include "platform/desktop/messages.h"
 #include "platform/desktop/rich_text.h"
@@ -12,44 +12,20 @@
 #include "platform/desktop/rich_text/RtfWriter.h"
 #include "platform/desktop/rich_text/TextDocument.h"
 
-#include <QInputMethodEvent>
 #include <QKeyEvent>
 #include <QTextBlock>
 #include <QTextDocument>
 
 #include <algorithm>
-#include <cstring>
 #include <limits>
-#include <utility>
 
 namespace kelvo::desktop {
 namespace {
 
 constexpr int kNoLimit = std::numeric_limits<int>::max() / 2;
 
-// Characters that Ctrl and a letter give, and their neighbours.
-constexpr unsigned char kSelectAll = 1;
-constexpr unsigned char kCopy = 3;
-constexpr unsigned char kBackspace = 8;
-constexpr unsigned char kTab = 9;
-constexpr unsigned char kLineFeed = 10;
-constexpr unsigned char kReturn = 13;
-constexpr unsigned char kPaste = 22;
-constexpr unsigned char kCut = 24;
-constexpr unsigned char kUndo = 26;
-constexpr unsigned char kFirstLetter = 32;
-constexpr unsigned char kDelete = 127;
-
 QString FromBytes(const char* bytes) {
-    QString text = QString::fromUtf8(bytes == nullptr ? "" : bytes);
-    text.replace(QLatin1String("\r\n"), QLatin1String("\n"));
-    text.replace(QLatin1Char('\r'), QLatin1Char('\n'));
-    return text;
-}
-
-std::string ToBytes(QString text) {
-    text.replace(QLatin1Char('\n'), QLatin1String("\r\n"));
-    return text.toStdString();
+    return TextFromBytes(bytes == nullptr ? "" : bytes, TextLines::Several);
 }
 
 class RichEdit final : public Control {
@@ -62,7 +38,7 @@ public:
 
 protected:
     std::optional<LRESULT> Handle(UINT message, WPARAM wparam, LPARAM lparam) override;
-    bool WantsKey(const QKeyEvent& event) override;
+    bool WantsKey(const QKeyEvent& event) override { return !ComesAsCharacter(event); }
 
 private:
     std::optional<LRESULT> HandleText(UINT message, WPARAM wparam, LPARAM lparam);
@@ -72,21 +48,20 @@ private:
     LRESULT StreamOut(WPARAM format, EDITSTREAM* stream);
     LRESULT SetBackground(bool standard, COLORREF colour);
     void SetPlainText(const QString& text);
-    LRESULT CopyText(WPARAM capacity, LPARAM buffer) const;
+    std::string Bytes() const { return BytesOf(field_->PlainText(), TextLines::Several); }
     LRESULT Select(LPARAM start, LPARAM end);
     LRESULT GetSelection(WPARAM start, LPARAM end) const;
     int ByteAt(int position) const;
-    int PositionAt(LPARAM byte) const;
+    int PositionOf(LPARAM byte) const;
     void OnCharacter(unsigned char byte);
     void OnControlCharacter(unsigned char byte);
-    void OnComposition();
     void Enter(const QString& text);
     bool IsReadOnly() const { return field_->isReadOnly(); }
     LRESULT DialogCode(WPARAM key) const;
 
     QPointer<RichTextField> field_;
     const bool is_multi_line_;
-    std::string character_; ///< its bytes that have arrived so far
+    CharacterBytes character_;
     COLORREF background_ = ::GetSysColor(COLOR_WINDOW);
 };
 
@@ -117,30 +92,12 @@ void RichEdit::SetPlainText(const QString& text) {
     field_->document()->setModified(false);
 }
 
-LRESULT RichEdit::CopyText(WPARAM capacity, LPARAM buffer) const {
-    if (capacity == 0 || buffer == 0) return 0;
-    const std::string text = ToBytes(field_->PlainText());
-    const std::size_t length = std::min<std::size_t>(text.size(), capacity - 1);
-    auto* const target = reinterpret_cast<char*>(buffer);
-    std::memcpy(target, text.data(), length);
-    target[length] = '\0';
-    return static_cast<LRESULT>(length);
-}
-
 int RichEdit::ByteAt(int position) const {
-    return static_cast<int>(ToBytes(field_->PlainText().left(position)).size());
+    return CountBytes(QStringView(field_->PlainText()).first(position), TextLines::Several);
 }
 
-int RichEdit::PositionAt(LPARAM byte) const {
-    const QString text = field_->PlainText();
-    LPARAM seen = 0;
-    int position = 0;
-    while (position < text.size() && seen < byte) {
-        const int units = text[position].isHighSurrogate() && position + 1 < text.size() ? 2 : 1;
-        seen += static_cast<LPARAM>(ToBytes(text.mid(position, units)).size());
-        position += units;
-    }
-    return position;
+int RichEdit::PositionOf(LPARAM byte) const {
+    return PositionAt(field_->PlainText(), byte, TextLines::Several);
 }
 
 LRESULT RichEdit::Select(LPARAM start, LPARAM end) {
@@ -148,8 +105,8 @@ LRESULT RichEdit::Select(LPARAM start, LPARAM end) {
     if (start < 0) {
         cursor.clearSelection();
     } else {
-        cursor.setPosition(PositionAt(start));
-        cursor.setPosition(end < 0 ? field_->document()->characterCount() - 1 : PositionAt(end),
+        cursor.setPosition(PositionOf(start));
+        cursor.setPosition(end < 0 ? field_->document()->characterCount() - 1 : PositionOf(end),
                            QTextCursor::KeepAnchor);
     }
     field_->setTextCursor(cursor);
@@ -190,8 +147,8 @@ LRESULT RichEdit::StreamIn(WPARAM format, EDITSTREAM* stream) {
 LRESULT RichEdit::StreamOut(WPARAM format, EDITSTREAM* stream) {
     if (stream == nullptr) return 0;
     const int count = field_->document()->characterCount() - 1;
-    const std::string bytes = (format & SF_RTF) != 0 ? WriteRtf(ReadDocument(*field_->document()))
-                                                     : ToBytes(field_->PlainText());
+    const std::string bytes =
+        (format & SF_RTF) != 0 ? WriteRtf(ReadDocument(*field_->document())) : Bytes();
     return PushStream(*stream, bytes) ? count : 0;
 }
 
@@ -248,48 +205,12 @@ void RichEdit::OnControlCharacter(unsigned char byte) {
 }
 
 void RichEdit::OnCharacter(unsigned char byte) {
-    if (byte < kFirstLetter || byte == kDelete) {
-        character_.clear();
-        return OnControlCharacter(byte);
+    if (IsControlCharacter(byte)) {
+        character_.Clear();
+        OnControlCharacter(byte);
+    } else if (const QString letter = character_.Add(byte); !letter.isEmpty()) {
+        Enter(letter);
     }
-    const bool continues = (byte & 0xC0U) == 0x80U;
-    if (!continues) character_.clear();
-    if (continues && character_.empty()) return; // the rest of nothing
-    character_ += static_cast<char>(byte);
-    const auto first = static_cast<unsigned char>(character_.front());
-    const std::size_t bytes = first >= 0xF0 ? 4 : first >= 0xE0 ? 3 : first >= 0xC0 ? 2 : 1;
-    if (character_.size() >= bytes) Enter(QString::fromStdString(std::exchange(character_, {})));
-}
-
-/// What becomes WM_CHAR is typed by that message alone.
-bool RichEdit::WantsKey(const QKeyEvent& event) {
-    switch (event.key()) {
-    case Qt::Key_Backspace:
-    case Qt::Key_Return:
-    case Qt::Key_Enter:
-    case Qt::Key_Tab:
-    case Qt::Key_Backtab:
-    case Qt::Key_Escape:
-        return false;
-    default:
-        break;
-    }
-    const QString text = event.text();
-    if (text.isEmpty()) return true;
-    const ushort letter = text[0].unicode();
-    if (letter >= kFirstLetter) return letter == kDelete;
-    return letter != kSelectAll && letter != kCopy && letter != kPaste && letter != kCut &&
-           letter != kUndo;
-}
-
-/// The unfinished text is shown in the field, the finished one comes as WM_CHAR.
-void RichEdit::OnComposition() {
-    const auto input = InputBehindMessage(Window(), WM_IME_COMPOSITION);
-    if (!input || input->type() != QEvent::InputMethod) return;
-    const auto& composed = static_cast<const QInputMethodEvent&>(*input);
-    QInputMethodEvent unfinished(composed.preeditString(), composed.attributes());
-    Give(unfinished);
-    PostComposedText(Window());
 }
 
 LRESULT RichEdit::DialogCode(WPARAM key) const {
@@ -310,9 +231,9 @@ std::optional<LRESULT> RichEdit::HandleText(UINT message, WPARAM wparam, LPARAM 
         Repaint();
         return TRUE;
     case WM_GETTEXT:
-        return CopyText(wparam, lparam);
+        return CopyBytes(Bytes(), wparam, lparam);
     case WM_GETTEXTLENGTH:
-        return static_cast<LRESULT>(ToBytes(field_->PlainText()).size());
+        return CountBytes(field_->PlainText(), TextLines::Several);
     case EM_STREAMIN:
         return StreamIn(wparam, reinterpret_cast<EDITSTREAM*>(lparam));
     case EM_STREAMOUT:
@@ -366,7 +287,7 @@ std::optional<LRESULT> RichEdit::HandleEditing(UINT message, WPARAM wparam, LPAR
         OnCharacter(static_cast<unsigned char>(wparam));
         return 0;
     case WM_IME_COMPOSITION:
-        OnComposition();
+        ShowComposition();
         return 0;
     case WM_GETDLGCODE:
         return DialogCode(wparam);
@@ -374,7 +295,7 @@ std::optional<LRESULT> RichEdit::HandleEditing(UINT message, WPARAM wparam, LPAR
         Notify(EN_SETFOCUS);
         return std::nullopt;
     case WM_KILLFOCUS:
-        character_.clear();
+        character_.Clear();
         Notify(EN_KILLFOCUS);
         return std::nullopt;
     case EM_EXLIMITTEXT:

@@ -172,3 +172,13 @@ TEST_F(EditControls, SayNothingMoreOnceTheirParentHasDestroyedThem) {
     EXPECT_EQ(::IsWindow(edit), FALSE);
     EXPECT_THAT(Commands(), ElementsAre(Pair(3, EN_UPDATE)));
 }
+
+TEST_F(EditControls, CountTheBytesOfEveryKindOfCharacter) {
+    const HWND edit = Make("EDIT", ES_MULTILINE, 3, "aé€\xF0\x9F\x8E\xAC\r\nz"); // 1, 2, 3, 4, 2, 1
+    for (const DWORD place : {0U, 1U, 3U, 6U, 10U, 12U, 13U}) {
+        ::SendMessageA(edit, EM_SETSEL, place, static_cast<LPARAM>(place));
+        EXPECT_EQ(SelectionOf(edit), std::pair(place, place));
+    }
+    ::SendMessageA(edit, EM_SETSEL, 2, 7); // inside of characters: behind them
+    EXPECT_EQ(SelectionOf(edit), std::pair(DWORD{3}, DWORD{10}));
+}
