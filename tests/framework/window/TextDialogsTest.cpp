@@ -11,6 +11,8 @@
 #include "platform/desktop/rich_text.h"
 #include "tests/framework/window/WindowFixture.h"
 
+#include <QApplication>
+#include <QFontDialog>
 #include <QImage>
 #include <QWidget>
 
@@ -187,6 +189,43 @@ TEST_F(TextDialogs, TheAboutDialogLooksAsItShould) {
             is_drawn = is_drawn || picture.pixel(x, picture.height() / 2) != corner;
         }
         EXPECT_TRUE(is_drawn);
+        about.Press(2);
+    });
+}
+
+/// A person at the font dialog: takes a size of 24 points, or nothing.
+void TakeGreatFont(HWND, UINT, UINT_PTR timer, DWORD) {
+    auto* const fonts = qobject_cast<QFontDialog*>(QApplication::activeModalWidget());
+    if (fonts == nullptr || !fonts->isVisible()) return;
+    KillTimer(nullptr, timer);
+    QFont font = fonts->currentFont();
+    font.setPointSize(24);
+    fonts->setCurrentFont(font);
+    fonts->accept();
+}
+void TakeNoFont(HWND, UINT, UINT_PTR timer, DWORD) {
+    auto* const fonts = qobject_cast<QFontDialog*>(QApplication::activeModalWidget());
+    if (fonts == nullptr || !fonts->isVisible()) return;
+    KillTimer(nullptr, timer);
+    fonts->reject();
+}
+
+TEST_F(TextDialogs, TheAboutDialogsFontIsChosen) {
+    const CString name = Write("testo");
+    AboutDialog dialog;
+    dialog.Run(name, LumAboutDlg::Mode::ReadOnly, [&](AboutDialog& about) {
+        const auto height_of_editor = [&about] {
+            LOGFONTA font{};
+            const auto handle = SendMessageA(about.Editor(), WM_GETFONT, 0, 0);
+            GetObjectA(reinterpret_cast<HGDIOBJ>(handle), sizeof font, &font);
+            return font.lfHeight;
+        };
+        SetTimer(nullptr, 0, 10, &TakeGreatFont);
+        about.Press(4);
+        EXPECT_EQ(height_of_editor(), -32); // 24 points, 96 an inch
+        SetTimer(nullptr, 0, 10, &TakeNoFont);
+        about.Press(4);
+        EXPECT_EQ(height_of_editor(), -32);
         about.Press(2);
     });
 }
