@@ -105,12 +105,21 @@ TEST_F(Opening, NamesTheTrackThatIsMissing) {
         EXPECT_TRUE(WaitForAnyImage(player));
         EXPECT_TRUE(player.Boxes().empty());
     }
-    // Its picture has no index: it opens as sound alone, in a window of its own width.
-    Player player(TheStage(), {std::string(kSamples) + "cut.kva"});
-    EXPECT_TRUE(player.WaitForTitle("Kelvo (No Video) - cut"));
+    // Sound alone, in a window of its own width.
+    Player player(TheStage(), {std::string(kSamples) + "screen.kaf"});
+    EXPECT_TRUE(player.WaitForTitle("Kelvo (No Video) - screen"));
     constexpr int kFrame = 8; // of 400
     EXPECT_TRUE(WaitUntil([&] { return player.Geometry().width == 400 - kFrame; }));
     EXPECT_TRUE(WaitUntil([] { return TheStage().Sound().PlayingStreams() == 1; }));
+    EXPECT_TRUE(player.Boxes().empty());
+}
+
+TEST_F(Opening, PlaysADamagedFilmAsFarAsItGoesAfterOneBox) {
+    Player player(TheStage(), {std::string(kSamples) + "cut.kva"});
+    ASSERT_TRUE(player.WaitForBox("ATTENZIONE"));
+    ASSERT_TRUE(player.AnswerBox());
+    EXPECT_TRUE(player.WaitForTitle("Kelvo - cut"));
+    EXPECT_TRUE(WaitForAnyImage(player));
     EXPECT_TRUE(player.Boxes().empty());
 }
 

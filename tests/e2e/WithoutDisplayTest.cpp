@@ -39,9 +39,16 @@ TEST_F(WithoutDisplay, PlaysToTheEndAndPrintsItsProgress) {
 }
 
 TEST_F(WithoutDisplay, PlaysSoundAlone) {
+    ChildProcess player({KELVO_PLAYER, KELVO_SOURCE_DIR "/tests/samples/screen.kaf"}, Bare());
+    EXPECT_EQ(player.WaitForExit(), ExitStatus{.code = 0}) << player.Errors();
+    EXPECT_NE(player.Output().find("00:01 / "), std::string::npos) << player.Output();
+}
+
+TEST_F(WithoutDisplay, PlaysADamagedFilmAsFarAsItGoes) {
     ChildProcess player({KELVO_PLAYER, KELVO_SOURCE_DIR "/tests/samples/cut.kva"}, Bare());
     EXPECT_EQ(player.WaitForExit(), ExitStatus{.code = 0}) << player.Errors();
     EXPECT_NE(player.Output().find("00:01 / "), std::string::npos) << player.Output();
+    EXPECT_NE(player.Errors().find("ATTENZIONE: Il film [cut.kva]"), std::string::npos);
 }
 
 TEST_F(WithoutDisplay, EndsWithOneForWhatDoesNotOpen) {
