@@ -100,6 +100,33 @@ TEST_F(Bar, ShowsTheButtonsThatMakeSense) {
     EXPECT_FALSE(IsDown(Command::Play));
 }
 
+struct Place {
+    Command command;
+    LONG left;
+    const char* tip;
+};
+
+TEST_F(Bar, HasItsButtonsInTheirPlacesWithTheirTips) {
+    RECT bar{};
+    GetWindowRect(window_->Buttons().Window(), &bar);
+    for (const Place& place : {
+             Place{Command::Open, 2, "Apre un filmato"},
+             Place{Command::ToStart, 26, "Vai all'Inizio"},
+             Place{Command::FastBackward, 46, "Indietro veloce"},
+             Place{Command::Stop, 66, "Stop"},
+             Place{Command::Pause, 86, "Pausa"},
+             Place{Command::Play, 106, "Play"},
+             Place{Command::FastForward, 126, "Avanti veloce"},
+             Place{Command::ToEnd, 146, "Vai alla fine"},
+         }) {
+        RECT button{};
+        GetWindowRect(Button(place.command).Window(), &button);
+        EXPECT_EQ(button.left - bar.left, place.left) << place.tip;
+        EXPECT_EQ(button.top - bar.top, 2) << place.tip;
+        EXPECT_EQ(Button(place.command).TipText(), place.tip);
+    }
+}
+
 TEST_F(Bar, ShowsOnlyOpenAndStopWhileSoundAloneGoesFast) {
     ASSERT_TRUE(Open(MakeSound("song", 100)));
     Click(Command::FastForward);
