@@ -6,6 +6,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <tuple>
 
 namespace kelvo::media_tool {
 
@@ -68,22 +69,30 @@ private:
             }
             if (has_samples && (!has_image || sound_.Time() <= picture_.Time())) {
                 output_.Samples(sound_.Samples());
-                end_ = std::max(end_, sound_.Time());
                 has_samples = sound_.Advance();
+                sound_end_ = sound_.Time();
             } else {
                 output_.Image(picture_.Head(), picture_.Pixels());
-                end_ = std::max(end_, picture_.Time());
+                picture_end_ = picture_.EndTime();
                 has_image = picture_.Advance();
             }
         }
     }
 
     void LookForMissingEnd() {
-        const double claimed = has_picture_ ? picture_.File().Duration() : sound_.File().Duration();
-        // An image may last long, and one track may be shorter than the other.
-        if (!(options_.wants_picture && options_.wants_sound)) return;
-        if (claimed - end_ <= std::max(kMissingSeconds, claimed / 20)) return;
-        report_.Damaged(fmt::format("it ends after {:.1f} of {:.1f} seconds", end_, claimed));
+        if (StopSignal() != 0) return;
+        if (has_picture_ && IsCutOff(picture_end_, picture_.File().OwnDuration())) return;
+        if (has_sound_ && IsCutOff(sound_end_, sound_.File().OwnDuration())) return;
+        // The file's duration is that of its longest track.
+        if (!options_.wants_picture || !options_.wants_sound) return;
+        const ForeignFile& file = has_picture_ ? picture_.File() : sound_.File();
+        std::ignore = IsCutOff(std::max(picture_end_, sound_end_), file.Duration()); // said already
+    }
+
+    bool IsCutOff(double end, double claimed) {
+        if (claimed - end <= std::max(kMissingSeconds, claimed / 20)) return false;
+        report_.Damaged(fmt::format("it ends after {:.1f} of {:.1f} seconds", end, claimed));
+        return true;
     }
 
     const DecodeOptions& options_;
@@ -93,7 +102,8 @@ private:
     StreamWriter output_;
     bool has_picture_ = false;
     bool has_sound_ = false;
-    double end_ = 0; ///< seconds; when the last image or piece of sound began
+    double picture_end_ = 0; ///< seconds from the file's start
+    double sound_end_ = 0;
 };
 
 } // namespace

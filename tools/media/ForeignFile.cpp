@@ -101,7 +101,12 @@ bool ForeignFile::Open(const std::string& name) {
     // The name is only a hint of the kind, and must not be taken for an address.
     int result = avformat_open_input(&context_, "", nullptr, &options);
     av_dict_free(&options);
-    if (result >= 0) result = avformat_find_stream_info(context_, nullptr);
+    if (result >= 0) {
+        // What is estimated below is no claim.
+        for (unsigned i = 0; i < context_->nb_streams; ++i)
+            durations_.push_back(context_->streams[i]->duration);
+        result = avformat_find_stream_info(context_, nullptr);
+    }
     ForgetLog();
     if (StopSignal() != 0) return false;
     if (result >= 0) return true;
@@ -149,6 +154,12 @@ double ForeignFile::Duration() const {
     const bool is_claim = context_->duration != AV_NOPTS_VALUE && context_->duration > 0 &&
                           context_->duration_estimation_method != AVFMT_DURATION_FROM_BITRATE;
     return is_claim ? static_cast<double>(context_->duration) / AV_TIME_BASE : 0;
+}
+
+double ForeignFile::OwnDuration() const {
+    const auto number = static_cast<std::size_t>(stream_->index);
+    if (number >= durations_.size() || durations_[number] == AV_NOPTS_VALUE) return 0;
+    return static_cast<double>(durations_[number]) * av_q2d(stream_->time_base);
 }
 
 bool ForeignFile::ReadPacket() {

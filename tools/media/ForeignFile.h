@@ -8,6 +8,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 namespace kelvo::media_tool {
 
@@ -36,6 +37,8 @@ public:
     const AVDictionary* Texts() const { return context_->metadata; }
     /// In seconds, as the file claims; 0 when it does not.
     double Duration() const;
+    /// The same of the chosen track alone, where the file says it in its description.
+    double OwnDuration() const;
 
 private:
     static int ReadPiece(void* self, std::uint8_t* bytes, int count);
@@ -55,7 +58,8 @@ private:
     CodecHandle coder_;
     PacketHandle packet_;
     FrameHandle frame_;
-    std::int64_t start_ = 0; ///< of the file, in the stream's time base
+    std::vector<std::int64_t> durations_; ///< of the streams, in their time bases, as described
+    std::int64_t start_ = 0;              ///< of the file, in the stream's time base
     bool at_end_ = false;
 };
 

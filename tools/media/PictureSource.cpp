@@ -214,4 +214,8 @@ double PictureSource::Time() const {
     return static_cast<double>(head_.start) * av_q2d(tick_);
 }
 
+double PictureSource::EndTime() const {
+    return (static_cast<double>(head_.start) + head_.duration) * av_q2d(tick_);
+}
+
 } // namespace kelvo::media_tool

@@ -33,6 +33,8 @@ public:
     ByteView Pixels() const { return pixels_; }
     /// When it is shown, in seconds from the file's start.
     double Time() const;
+    /// When the next one takes over.
+    double EndTime() const;
 
 private:
     bool ChooseSize(const PictureWishes& wishes);

@@ -128,6 +128,15 @@ TEST_F(Decoding, WhatADamagedFileStillHoldsIsGivenAndTheRestSaid) {
     for (std::size_t n = 0; n < 5; ++n)
         EXPECT_TRUE(part.images[n] == film.images[n]) << n;
 
+    // One that says in its head how long it is, and of which one track alone is asked for.
+    const std::string fast =
+        Foreign("fast.mp4", {"-c:v", "libx264", "-c:a", "aac", "-movflags", "+faststart"});
+    const Bytes promised = ReadFile(fast);
+    WriteFile(fast, Bytes(promised.begin(),
+                          promised.begin() + static_cast<std::ptrdiff_t>(promised.size() / 2)));
+    for (const char* track : {"audio", "video"})
+        EXPECT_EQ(Decode({fast, "--track", track}).code, 1) << track;
+
     Bytes flipped = whole;
     flipped[whole.size() / 2] ^= 0x55;
     WriteFile(Path("flipped.mkv"), flipped);
