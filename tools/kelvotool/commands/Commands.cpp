@@ -12,6 +12,11 @@ void AddAllCommands(CommandLine& line) {
     AddDemux(line);
     AddLink(line);
     AddExport(line);
+    AddImport(line);
+    AddThumbnail(line);
+    AddSheet(line);
+    AddCut(line);
+    AddJoin(line);
     AddTypes(line);
     AddCompletion(line);
     AddHelp(line);

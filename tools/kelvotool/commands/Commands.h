@@ -23,6 +23,14 @@ void AddDemux(CommandLine& line);
 void AddLink(CommandLine& line);
 /// A film as other programs open it.
 void AddExport(CommandLine& line);
+/// A film of what other programs wrote.
+void AddImport(CommandLine& line);
+/// Pictures that tell what a film is.
+void AddThumbnail(CommandLine& line);
+void AddSheet(CommandLine& line);
+/// Parts of a film, and films behind each other.
+void AddCut(CommandLine& line);
+void AddJoin(CommandLine& line);
 /// The compression types.
 void AddTypes(CommandLine& line);
 /// A script for a shell that completes command lines.

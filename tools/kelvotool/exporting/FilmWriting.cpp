@@ -1,7 +1,6 @@
 // The writing half of FilmExport: one function a shape.
 
 #include "framework/base/ChFile.h"
-#include "framework/base/ProgressDisplay.h"
 #include "media/VorbisTrackHeader.h"
 #include "platform/base/files.h"
 #include "tools/kelvotool/exporting/FilmExport.h"
@@ -13,6 +12,7 @@
 #include "tools/kelvotool/picture/BmpFile.h"
 #include "tools/kelvotool/picture/PngFile.h"
 #include "tools/kelvotool/picture/Y4m.h"
+#include "tools/kelvotool/report/Steps.h"
 #include "tools/kelvotool/report/StopSignal.h"
 #include "tools/kelvotool/sound/WavFile.h"
 
@@ -37,24 +37,6 @@ std::uint32_t ImagesPerSecond(const TrackDescription& picture) {
 ByteView BytesOf(std::string_view text) {
     return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
 }
-
-/// Progress of work whose steps may be more than 32 bits count.
-class Steps {
-public:
-    explicit Steps(std::uint64_t total)
-        : total_(std::max<std::uint64_t>(total, 1)), progress_(ShowProgress({})) {}
-    /// @return false when a person stopped it
-    bool Update(std::uint64_t done) {
-        constexpr std::uint64_t kParts = 10000;
-        return progress_->Update(static_cast<std::int32_t>(done * kParts / total_),
-                                 static_cast<std::int32_t>(kParts)) &&
-               !StopRequested();
-    }
-
-private:
-    std::uint64_t total_;
-    std::unique_ptr<ProgressDisplay> progress_;
-};
 
 } // namespace
 

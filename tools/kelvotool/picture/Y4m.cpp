@@ -187,14 +187,24 @@ bool Y4mReader::Open(const std::string& name, std::uint32_t largest_side) {
     return Rewind();
 }
 
+bool Y4mReader::AtEnd() const {
+    const int letter = std::fgetc(file_.get());
+    if (letter != EOF) std::ungetc(letter, file_.get());
+    return letter == EOF && !cut_off_;
+}
+
 bool Y4mReader::Rewind() {
     return std::fseek(file_.get(), start_, SEEK_SET) == 0;
 }
 
 bool Y4mReader::Next(RgbImage& image) {
     std::string line;
-    if (planes_.empty() || !ReadLine(line) || !line.starts_with(kFrame)) return false;
+    if (planes_.empty()) return false;
+    const bool has_line = ReadLine(line);
+    cut_off_ = !line.empty() || has_line;
+    if (!has_line || !line.starts_with(kFrame)) return false;
     if (std::fread(planes_.data(), 1, planes_.size(), file_.get()) != planes_.size()) return false;
+    cut_off_ = false;
     DecodeY4m(format_, planes_, image);
     return true;
 }

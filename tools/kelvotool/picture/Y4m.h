@@ -55,6 +55,8 @@ public:
     bool Rewind();
     /// @return false at the end and where the file is cut off or damaged
     bool Next(RgbImage& image);
+    /// Whether nothing follows what was read.
+    bool AtEnd() const;
 
 private:
     bool ReadLine(std::string& line);
@@ -66,6 +68,7 @@ private:
     Y4mFormat format_;
     long start_ = 0;
     std::uint64_t count_ = 0;
+    bool cut_off_ = false; ///< the last image began and is not whole
     std::vector<std::uint8_t> planes_;
 };
 
