@@ -10,6 +10,8 @@
 //   --format mkv|mp4|webm|flac|gif  when OUT's extension is not to decide
 //   --preset archive|share          lossless (the default), or small
 //   --force                         OUT may be there already, and is replaced
+// Options of decode:
+//   --track audio|video             only this one; none: both
 // Both end with kelvotool's exit codes and say what is wrong on standard error in its form,
 // "kelvotool: FILE: what". encode writes OUT through a temporary beside it; a stream that stops
 // without its End block leaves nothing behind and gives 2.
