@@ -96,6 +96,16 @@ TEST_F(Schema, DescribesWhatEveryCommandPrintsOfGoodAndDamagedFilms) {
     for (const char* const file : {"square.kvf", "screen.kaf", "bells.kaf"})
         Expect("frames", {"frames", Sample(file), "--json"});
     Expect("types", {"types", "--json"});
+    ASSERT_EQ(RunTool({"mux", Sample("screen.kaf"), Sample("square.kvf"), Path("film.kva")}).code,
+              0);
+    const std::string film = Path("film.kva");
+    Expect("convert", {"convert", "--json", film, "c.kva", "--type", "9"});
+    Expect("convert", {"convert", "--json", Sample("screen.kaf"), "c.kaf", "--type", "best"});
+    Expect("cut", {"cut", "--json", film, "cut.kva", "--range", "10f-20f"});
+    Expect("join", {"join", "--json", film, film, "-o", "join.kva"});
+    for (const char* const output : {"e.mkv", "e.wav", "e.y4m"})
+        Expect("export", {"export", "--json", film, output});
+    Expect("import", {"import", "--json", "e.mkv", "i.kva"});
     Expect("link", {"link", "--check", "--json", Sample("square.kvf"), Sample("screen.kaf")});
 
     // A command that is added has its document described, too.
