@@ -57,6 +57,21 @@ TEST_F(ExportedFilm, HoldsEveryPixelAndSampleOfItsRecords) {
     EXPECT_EQ(differing, 0U);
 }
 
+TEST_F(ExportedFilm, ComesBackRecordByRecord) {
+    ASSERT_EQ(RunTool({"mux", Sample("screen.kaf"), Sample("square.kvf"), Path("film.kva")}).code,
+              0);
+    ASSERT_EQ(RunTool({"export", Path("film.kva"), Path("film.mkv"), "--timing", "cfr"}).code, 0);
+    const ToolResult imported = RunTool({"import", Path("film.mkv"), Path("back.kva")});
+    EXPECT_EQ(imported.code, 0) << imported.messages;
+    for (const char* const track : {"audio", "video"}) {
+        const auto before = Contents(Path("film.kva"), track);
+        const auto after = Contents(Path("back.kva"), track);
+        ASSERT_EQ(before.size(), after.size()) << track;
+        for (std::size_t n = 0; n < before.size(); ++n)
+            EXPECT_EQ(before[n].first, after[n].first) << track << " record " << n;
+    }
+}
+
 } // namespace
 
 } // namespace kelvo::test
