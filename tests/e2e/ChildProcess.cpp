@@ -156,4 +156,12 @@ TemporaryFolder::~TemporaryFolder() {
     std::filesystem::remove_all(path_, ignored);
 }
 
+std::string TemporaryFolder::CopyOf(const std::string& program) const {
+    const std::string copy = File(std::filesystem::path(program).filename().string());
+    std::error_code failure;
+    std::filesystem::copy_file(program, copy, std::filesystem::copy_options::skip_existing,
+                               failure);
+    return failure ? program : copy;
+}
+
 } // namespace kelvo::test

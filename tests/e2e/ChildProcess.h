@@ -71,6 +71,9 @@ public:
     TemporaryFolder& operator=(const TemporaryFolder&) = delete;
     const std::string& Path() const { return path_; }
     std::string File(const std::string& name) const { return path_ + "/" + name; }
+    /// The name of a copy of the program, made where there is none yet. What a program keeps beside
+    /// itself then goes away with the folder. The program's own name, where it cannot be copied.
+    std::string CopyOf(const std::string& program) const;
 
 private:
     std::string path_;

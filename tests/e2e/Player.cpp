@@ -11,10 +11,10 @@ constexpr int kMenuBarY = 10;
 constexpr int kInsidePopup = 20;
 constexpr int kAboveLowerEdge = 12;
 
-std::vector<std::string> CommandLine(Commanded commanded,
+std::vector<std::string> CommandLine(const Stage& stage, Commanded commanded,
                                      const std::vector<std::string>& arguments) {
-    std::vector<std::string> all = {commanded == Commanded::Yes ? KELVO_COMMANDED_PLAYER
-                                                                : KELVO_PLAYER};
+    std::vector<std::string> all = {stage.HomeFolder().CopyOf(
+        commanded == Commanded::Yes ? KELVO_COMMANDED_PLAYER : KELVO_PLAYER)};
     all.insert(all.end(), arguments.begin(), arguments.end());
     return all;
 }
@@ -47,8 +47,8 @@ Environment Stage::ForPlayers() const {
 
 Player::Player(const Stage& stage, const std::vector<std::string>& arguments,
                const Environment& environment, const std::string& folder, Commanded commanded)
-    : stage_(stage),
-      process_(CommandLine(commanded, arguments), Merge(stage.ForPlayers(), environment), folder) {}
+    : stage_(stage), process_(CommandLine(stage, commanded, arguments),
+                              Merge(stage.ForPlayers(), environment), folder) {}
 
 VirtualScreen::WindowId Player::Window() const {
     for (const auto window : stage_.Screen().WindowsOf(process_.Pid())) {

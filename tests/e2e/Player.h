@@ -23,6 +23,7 @@ public:
     const VirtualScreen& Screen() const { return screen_; }
     const SoundServer& Sound() const { return sound_; }
     const std::string& Home() const { return home_.Path(); }
+    const TemporaryFolder& HomeFolder() const { return home_; }
     /// For a program that is to be seen and heard.
     Environment ForPlayers() const;
 
@@ -37,6 +38,7 @@ enum class Commanded : bool { No, Yes };
 
 class Player {
 public:
+    /// Starts a copy of the program in the stage's home, so that it keeps its recent films there.
     /// @param arguments    without the program's name
     /// @param environment  on top of the stage's
     Player(const Stage& stage, const std::vector<std::string>& arguments,

@@ -1,5 +1,6 @@
 #include "tests/e2e/StageForTests.h"
 
+#include <cstdio>
 #include <memory>
 
 // The threads of the tests meet inside the sound server's client library, where the sanitizer does
@@ -29,8 +30,9 @@ const Stage& TheStage() {
     return *OneStage();
 }
 
-// No test leaves a stream behind for the next one to hear.
+// No test leaves a stream behind for the next one to hear, nor a film for it to see.
 void OnStage::TearDown() {
+    std::remove(TheStage().HomeFolder().File("lstfls.dat").c_str());
     EXPECT_TRUE(WaitUntil([] { return TheStage().Sound().PlayingStreams() == 0; }));
 }
 
