@@ -200,6 +200,10 @@ private:
                 text += fmt::format("{}records {} to {} {}{}{}\n", head, run.first, run.last,
                                     NameOf(run.verdict.state), reason.empty() ? "" : ": ", reason);
             }
+            if (map.missing_at_end > 0) {
+                text += fmt::format("{}records {} to {} lost: the track ends before them\n", head,
+                                    track.records, track.records + map.missing_at_end - 1);
+            }
             return text + head + Summary(map, track.header_records) + "\n";
         }
         if (options_.aim == RebuildAim::Salvage) {
