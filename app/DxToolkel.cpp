@@ -13,6 +13,17 @@ constexpr COLORREF kBlack = RGB(0, 0, 0);
 constexpr COLORREF kRed = RGB(255, 0, 0);
 constexpr COLORREF kGreen = RGB(0, 255, 0);
 
+WNDPROC slider_procedure = nullptr; // of every trackbar
+
+// The dialog stands in a window that has no dialog's loop: nobody else would lead on from here.
+LRESULT SliderProcedure(HWND slider, UINT message, WPARAM wparam, LPARAM lparam) {
+    if (message == WM_KEYDOWN && wparam == VK_TAB) {
+        PostMessageA(GetParent(GetParent(slider)), message, wparam, lparam);
+        return 0;
+    }
+    return CallWindowProcA(slider_procedure, slider, message, wparam, lparam);
+}
+
 } // namespace
 
 bool DxToolkel::HandleMessage(UINT message, WPARAM wparam, LPARAM lparam) {
@@ -24,6 +35,8 @@ bool DxToolkel::HandleMessage(UINT message, WPARAM wparam, LPARAM lparam) {
 void DxToolkel::OnInitDialog() {
     InitCommonControls();
     SendDlgItemMessageA(Window(), kVolumeSlider, TBM_SETRANGE, TRUE, MAKELONG(0, kSliderEnd));
+    slider_procedure = reinterpret_cast<WNDPROC>(SetWindowLongPtrA(
+        Control(kVolumeSlider), GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&SliderProcedure)));
     SetControlColours(kElapsedLabel, kRed, kBlack);
     SetControlColours(kTotalLabel, kGreen, kBlack);
 }
@@ -37,6 +50,10 @@ bool DxToolkel::OnScroll(HWND control) {
 
 void DxToolkel::SetLabel(int id, const CString& text) const {
     SetControlText(id, text);
+}
+
+void DxToolkel::TakeKeyboard() const {
+    SetFocus(Control(kVolumeSlider));
 }
 
 void DxToolkel::SetVolumePosition(WORD volume) const {

@@ -21,6 +21,8 @@ public:
 
     /// @param id  kElapsedLabel or kTotalLabel
     void SetLabel(int id, const CString& text) const;
+    /// Gives the keyboard to the slider; its Tab key goes to the parent.
+    void TakeKeyboard() const;
     /// Moves the slider alone. @param volume  0 to 65535
     void SetVolumePosition(WORD volume) const;
 

@@ -75,7 +75,7 @@ bool KelvoWinkel::HandleMessage(UINT message, WPARAM wparam, LPARAM lparam) {
     case WM_TIMER:
         return OnTimer(wparam);
     case WM_KEYDOWN:
-        return wparam == VK_TAB && button_bar_.TakeKeyboard();
+        return OnKey(wparam);
     case kTimesChanged:
         times_.ShowLabels();
         return true;
@@ -134,6 +134,13 @@ bool KelvoWinkel::OnSize() {
 bool KelvoWinkel::OnClose() {
     if (!IsBusy() || !RunsModally()) return false;
     EndModal(0);
+    return true;
+}
+
+// Tab leads from the volume to the buttons and back.
+bool KelvoWinkel::OnKey(WPARAM key) {
+    if (key != VK_TAB) return false;
+    if (button_bar_.HasKeyboard() || !button_bar_.TakeKeyboard()) tool_dialog_.TakeKeyboard();
     return true;
 }
 

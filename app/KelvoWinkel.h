@@ -78,6 +78,7 @@ private:
     bool OnCreate();
     bool OnSize();
     bool OnClose();
+    bool OnKey(WPARAM key);
     bool OnTimer(WPARAM timer);
     bool OnCommandMessage(WPARAM wparam, LPARAM lparam);
     bool OnCommand(Command command, LPARAM lparam);

@@ -59,8 +59,16 @@ protected:
 
 TEST_F(Bar, IsReachedByTheKeyboard) {
     ASSERT_TRUE(Open(MakePair("clip")));
+    const auto press_tab = [] {
+        SendMessageA(GetFocus(), WM_KEYDOWN, VK_TAB, 0);
+        lum.ProcessMessages();
+    };
     SetFocus(window_->Window());
-    window_->Send(WM_KEYDOWN, VK_TAB, 0);
+    press_tab();
+    ASSERT_EQ(GetFocus(), Button(Command::Open).Window());
+    press_tab();
+    ASSERT_EQ(GetFocus(), Slider());
+    press_tab();
     ASSERT_EQ(GetFocus(), Button(Command::Open).Window());
     while (GetFocus() != Button(Command::Play).Window()) {
         const HWND before = GetFocus();

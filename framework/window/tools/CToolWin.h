@@ -61,10 +61,11 @@ public:
     /// Turns the state over as a click would, command included.
     int ToggleButton(std::int32_t command_id);
 
-    /// Gives the keyboard to the first button that can be pressed. From there Tab and the arrow
-    /// keys lead to the others, Space and Return press, Escape gives the keyboard back to the
-    /// parent. @return false when no button can be pressed
+    /// Gives the keyboard to the first button that can be pressed. From there the arrow keys lead
+    /// to the others, Space and Return press, Escape gives the keyboard back to the parent, which
+    /// gets all other keys. @return false when no button can be pressed
     bool TakeKeyboard();
+    bool HasKeyboard() const;
 
     /// Receives the commands instead of the parent: WM_COMMAND with the command id and the
     /// BitmapButton as lParam.

@@ -15,6 +15,10 @@ bool CToolWin::TakeKeyboard() {
     return MoveKeyboard(kNoButton, 1);
 }
 
+bool CToolWin::HasKeyboard() const {
+    return ButtonWithKeyboard() != kNoButton;
+}
+
 std::int32_t CToolWin::ButtonWithKeyboard() const {
     const HWND focus = GetFocus();
     for (std::int32_t i = 0; i < buttons_.Count(); ++i) {
@@ -42,7 +46,6 @@ bool CToolWin::MoveKeyboard(std::int32_t from, std::int32_t step) {
 
 bool CToolWin::OnKey(WPARAM key, LPARAM lparam) {
     switch (key) {
-    case VK_TAB:
     case VK_RIGHT:
     case VK_DOWN:
         return MoveKeyboard(ButtonWithKeyboard(), 1);
