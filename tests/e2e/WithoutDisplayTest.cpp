@@ -19,13 +19,15 @@ protected:
                 {"XDG_RUNTIME_DIR", folder_.Path()}};
     }
     TemporaryFolder folder_;
+    /// It keeps its recent films in the test's folder.
+    const std::string player_ = folder_.CopyOf(KELVO_PLAYER);
 };
 
 TEST_F(WithoutDisplay, PlaysToTheEndAndPrintsItsProgress) {
     const std::string film = folder_.File("film.kva");
     ASSERT_EQ(MakeCodedFilm(film, {.seconds = 3}).value_or(""), "");
     const auto start = Clock::now();
-    ChildProcess player({KELVO_PLAYER, film}, Bare());
+    ChildProcess player({player_, film}, Bare());
     EXPECT_EQ(player.WaitForExit(), ExitStatus{.code = 0}) << player.Errors();
     const auto took = Clock::now() - start;
     EXPECT_GE(took, std::chrono::milliseconds(2900)); // in real time
@@ -39,13 +41,13 @@ TEST_F(WithoutDisplay, PlaysToTheEndAndPrintsItsProgress) {
 }
 
 TEST_F(WithoutDisplay, PlaysSoundAlone) {
-    ChildProcess player({KELVO_PLAYER, KELVO_SOURCE_DIR "/tests/samples/screen.kaf"}, Bare());
+    ChildProcess player({player_, KELVO_SOURCE_DIR "/tests/samples/screen.kaf"}, Bare());
     EXPECT_EQ(player.WaitForExit(), ExitStatus{.code = 0}) << player.Errors();
     EXPECT_NE(player.Output().find("00:01 / "), std::string::npos) << player.Output();
 }
 
 TEST_F(WithoutDisplay, PlaysADamagedFilmAsFarAsItGoes) {
-    ChildProcess player({KELVO_PLAYER, KELVO_SOURCE_DIR "/tests/samples/cut.kva"}, Bare());
+    ChildProcess player({player_, KELVO_SOURCE_DIR "/tests/samples/cut.kva"}, Bare());
     EXPECT_EQ(player.WaitForExit(), ExitStatus{.code = 0}) << player.Errors();
     EXPECT_NE(player.Output().find("00:01 / "), std::string::npos) << player.Output();
     EXPECT_NE(player.Errors().find("ATTENZIONE: Il film [cut.kva]"), std::string::npos);
@@ -54,7 +56,7 @@ TEST_F(WithoutDisplay, PlaysADamagedFilmAsFarAsItGoes) {
 TEST_F(WithoutDisplay, EndsWithOneForWhatDoesNotOpen) {
     std::ofstream(folder_.File("no film.kva")) << "no film";
     for (const char* name : {"no film.kva", "not there.kva"}) {
-        ChildProcess player({KELVO_PLAYER, folder_.File(name)}, Bare());
+        ChildProcess player({player_, folder_.File(name)}, Bare());
         EXPECT_EQ(player.WaitForExit(), ExitStatus{.code = 1});
         const std::string errors = player.Errors();
         EXPECT_NE(errors.find("ERRORE: Impossibile Aprire il file VIDEO Specificato\n"),
@@ -64,7 +66,7 @@ TEST_F(WithoutDisplay, EndsWithOneForWhatDoesNotOpen) {
                   std::string::npos)
             << errors;
     }
-    ChildProcess nothing({KELVO_PLAYER}, Bare());
+    ChildProcess nothing({player_}, Bare());
     EXPECT_EQ(nothing.WaitForExit(), ExitStatus{.code = 1});
     EXPECT_NE(nothing.Errors(), "");
 }
@@ -73,7 +75,7 @@ TEST_F(WithoutDisplay, KeepsItsBoxesWhereTheUserChoseToPlayOffScreen) {
     Environment chosen = Bare();
     chosen["QT_QPA_PLATFORM"] = "offscreen";
     chosen["SDL_AUDIODRIVER"] = "dummy";
-    ChildProcess player({KELVO_PLAYER, folder_.File("not there.kva")}, chosen);
+    ChildProcess player({player_, folder_.File("not there.kva")}, chosen);
     // The box waits for an answer that nobody can give; the terminal hears nothing of it.
     EXPECT_FALSE(player.WaitForExit(std::chrono::milliseconds(1500)));
     EXPECT_EQ(player.Errors().find("ERRORE"), std::string::npos) << player.Errors();
@@ -85,7 +87,7 @@ TEST_F(WithoutDisplay, WritesItsSoundWhereTheUserWantsIt) {
     Environment chosen = Bare();
     chosen["SDL_AUDIODRIVER"] = "disk";
     chosen["SDL_DISKAUDIOFILE"] = folder_.File("sound.raw");
-    ChildProcess player({KELVO_PLAYER, film}, chosen);
+    ChildProcess player({player_, film}, chosen);
     EXPECT_EQ(player.WaitForExit(), ExitStatus{.code = 0}) << player.Errors();
     std::ifstream sound(folder_.File("sound.raw"), std::ios::binary);
     const std::string bytes{std::istreambuf_iterator<char>(sound), {}};
