@@ -171,7 +171,7 @@ private:
     Json ToJson() const {
         Json json = ResultFor(file_);
         json["written"] = report_->written;
-        if (!common_.output.empty()) PutName(json, "output", common_.output);
+        if (!common_.output.empty()) PutName(json, "output_file", common_.output);
         if (backup_) PutName(json, "backup", *backup_);
         json["directory_found"] = report_->directory_found;
         const std::string only = report_->is_film ? "audio" : "track";

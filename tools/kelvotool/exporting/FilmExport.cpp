@@ -221,7 +221,7 @@ int FilmExport::Run() {
 int FilmExport::Tell() const {
     std::string text;
     Json json = ResultFor(options_.input);
-    PutName(json, "output", options_.output);
+    PutName(json, "output_file", options_.output);
     json["format"] = format_->name;
     if (picture_ != nullptr) {
         text = fmt::format("{} images of {} ({} repeated, {} dropped)", timing_.shown,

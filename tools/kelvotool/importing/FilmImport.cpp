@@ -273,7 +273,7 @@ int FilmImport::Run() {
 
 int FilmImport::Tell() const {
     Json json = ResultFor(options_.input);
-    PutName(json, "output", options_.output);
+    PutName(json, "output_file", options_.output);
     std::string text;
     if (images_) {
         text = fmt::format("{} images of {}, type {}", images_written_, images_read_, type_);
