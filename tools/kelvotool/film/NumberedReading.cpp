@@ -8,6 +8,7 @@
 #include <climits>
 #include <memory>
 #include <mutex>
+#include <system_error>
 #include <thread>
 #include <vector>
 
@@ -38,18 +39,24 @@ public:
         if (reader_.IsVorbis()) return RunVorbis();
         std::vector<std::thread> threads;
         const unsigned useful = std::min<unsigned>(jobs, end_ / kRun + 1);
-        for (unsigned i = 1; i < useful; ++i) {
-            threads.emplace_back([this] {
-                TrackReader own(reader_.Film(), reader_.Track());
-                if (!own.Open()) Work(own, nullptr);
-            });
+        threads.reserve(useful);
+        try {
+            for (unsigned i = 1; i < useful; ++i)
+                threads.emplace_back([this] { WorkBesides(); });
+        } catch (const std::system_error&) { // no more threads: those that there are do the work
         }
         const auto progress = ShowProgress({});
-        Work(reader_, progress.get());
+        try {
+            Work(reader_, progress.get());
+        } catch (...) {
+            memory_ran_out_ = true;
+        }
         for (std::thread& thread : threads)
             thread.join();
     }
 
+    /// Something was not compared.
+    bool MemoryRanOut() const { return memory_ran_out_; }
     std::vector<Difference> Differences() {
         std::ranges::sort(differences_, std::greater{}, &Difference::record);
         return std::move(differences_);
@@ -61,6 +68,16 @@ private:
         for (std::uint32_t i = kVorbisPlaces; i-- > 0 && end_ > 0 && !StopRequested();) {
             Compare(reader_, sha256,
                     static_cast<std::uint32_t>(std::uint64_t{end_ - 1} * i / kVorbisPlaces));
+        }
+    }
+
+    /// On a thread of its own, which must not end with an exception.
+    void WorkBesides() {
+        try {
+            TrackReader own(reader_.Film(), reader_.Track());
+            if (!own.Open()) Work(own, nullptr);
+        } catch (...) {
+            memory_ran_out_ = true;
         }
     }
 
@@ -109,6 +126,7 @@ private:
 
     TrackReader& reader_;
     std::span<const Fingerprint> fingerprints_;
+    std::atomic<bool> memory_ran_out_ = false;
     std::mutex mutex_;
     // Under the lock while there are threads.
     std::uint32_t end_; ///< of what nobody has taken yet
@@ -121,6 +139,9 @@ void CompareByNumber(TrackReader& reader, std::span<const Fingerprint> fingerpri
                      Reporter& reporter) {
     Comparison comparison(reader, fingerprints);
     comparison.Run(jobs);
+    if (comparison.MemoryRanOut()) {
+        reporter.NotDone("there is not enough memory to read it by number");
+    }
     for (const Difference& difference : comparison.Differences()) {
         if (!difference.readable) {
             reporter.Report(reader.Make(ProblemCode::RecordDiffers,

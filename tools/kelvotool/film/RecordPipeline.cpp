@@ -7,6 +7,7 @@
 #include <condition_variable>
 #include <limits>
 #include <mutex>
+#include <system_error>
 #include <thread>
 #include <utility>
 
@@ -95,6 +96,7 @@ private:
     PipelinePlan plan_;
     // Fixed after construction.
     bool in_one_run_ = false; ///< the source is read in order by the reader that was given
+    unsigned jobs_ = 1;
     std::uint32_t batch_ = 1;
     std::uint32_t decode_run_ = 0; ///< records that decode by themselves; 0: all in one run
     std::uint32_t stage_run_ = 0;
@@ -123,14 +125,18 @@ RecordPipeline::Machine::Machine(TrackReader& reader, PipelinePlan plan)
     : reader_(reader), plan_(std::move(plan)) {
     Measure();
     const std::uint32_t count = end_ - head_;
-    const unsigned jobs = std::max(1U, std::min<unsigned>(plan_.jobs, count / batch_ + 1));
-    decoders_.resize(in_one_run_ ? 1 : jobs);
+    jobs_ = std::max(1U, std::min<unsigned>(plan_.jobs, count / batch_ + 1));
+    decoders_.resize(in_one_run_ ? 1 : jobs_);
     decoders_.front().reader = &reader_;
-    if (plan_.make_stage) stages_.resize(jobs);
+    if (plan_.make_stage) stages_.resize(jobs_);
     for (Chain& chain : stages_)
         chain.stage = plan_.make_stage();
-    for (unsigned i = 1; i < jobs; ++i)
-        threads_.emplace_back([this] { Work(); });
+    threads_.reserve(jobs_);
+    try {
+        for (unsigned i = 1; i < jobs_; ++i)
+            threads_.emplace_back([this] { Work(); });
+    } catch (const std::system_error&) { // no more threads: those that there are do the work
+    }
 }
 
 RecordPipeline::Machine::~Machine() {
@@ -218,7 +224,7 @@ RecordPipeline::Machine::Chain* RecordPipeline::Machine::Pick(std::vector<Chain>
 
 std::optional<RecordPipeline::Machine::Task> RecordPipeline::Machine::TakeTask() {
     // Decoding ahead keeps every thread's stage fed.
-    const bool decodes_first = waiting_ < decoders_.size() + threads_.size();
+    const bool decodes_first = waiting_ < 2 * std::size_t{jobs_};
     for (const bool decodes : {decodes_first, !decodes_first}) {
         Task task{.decodes = decodes};
         task.chain = decodes ? Pick(decoders_, next_decode_run_, decode_run_, true, task.count)
