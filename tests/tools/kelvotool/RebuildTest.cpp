@@ -73,8 +73,12 @@ TEST_F(Rebuild, SalvageKeepsNumbersAndTimesAndLeavesASoundFilm) {
     const std::vector<std::string> mended = Hashes(Path("b.kvf"));
     ASSERT_EQ(mended.size(), 60U);
     for (std::size_t n = 0; n < 60; ++n) {
-        if (n < 20 || n >= 30) EXPECT_EQ(mended[n], whole[n]) << n;
-        if (n >= 20 && n < 23) EXPECT_EQ(mended[n], whole[19]) << n;
+        if (n < 20 || n >= 30) {
+            EXPECT_EQ(mended[n], whole[n]) << n;
+        }
+        if (n >= 20 && n < 23) {
+            EXPECT_EQ(mended[n], whole[19]) << n;
+        }
     }
     EXPECT_EQ(ReadFile(file), Holed(20, 23));
     EXPECT_EQ(RunTool({"rebuild", "--salvage", Path("b.kvf")}).code, 0);
