@@ -82,21 +82,21 @@ TEST_F(RecentList, KeepsEachFileOnceUnderItsLatestSpellingAndTenInAll) {
     Add(list_, "c:\\A\\X.KVF");
     EXPECT_EQ(PathsOf(list_), (Paths{"c:\\A\\X.KVF", "C:\\a\\y.kvf"}));
     for (int i = 0; i < 9; ++i) {
-        Add(list_, "/f/" + std::to_string(i) + ".kva");
+        Add(list_, "/film/" + std::to_string(i) + ".kva");
     }
     EXPECT_EQ(list_.Entries().Count(), 10);
-    EXPECT_EQ(PathsOf(list_).front(), "/f/8.kva");
+    EXPECT_EQ(PathsOf(list_).front(), "/film/8.kva");
     EXPECT_EQ(PathsOf(list_).back(), "c:\\A\\X.KVF"); // y was the oldest
     Add(list_, list_.PathOf(20009).Text());
     EXPECT_EQ(PathsOf(list_).front(), "c:\\A\\X.KVF");
-    EXPECT_EQ(PathsOf(list_).back(), "/f/0.kva");
+    EXPECT_EQ(PathsOf(list_).back(), "/film/0.kva");
 }
 
 TEST_F(RecentList, StandsInTheMenuBetweenTwoSeparators) {
     EXPECT_EQ(MenuTexts(), (Paths{"Apri...", "Chiudi", "---", "Esci"}));
     Add(list_, "C:\\dir\\clip.kvf");
     EXPECT_EQ(MenuTexts(), (Paths{"Apri...", "Chiudi", "---", "clip", "---", "Esci"}));
-    Add(list_, "/home/anna/Tom & Jerry.2.kva");
+    Add(list_, "/film/Tom & Jerry.2.kva");
     EXPECT_EQ(MenuTexts(),
               (Paths{"Apri...", "Chiudi", "---", "Tom && Jerry.2", "clip", "---", "Esci"}));
     list_.RebuildMenu(bar_, "> ");

@@ -327,8 +327,10 @@ std::string ForeignPlaceIn(const std::string& line) {
         "\\.[a-z0-9.-]+\\.(?:com|dev|io|net|org)\\b");
     std::smatch match;
     const bool may_be_url = line.find("://") != std::string::npos;
-    if (may_be_url && std::regex_search(line, match, kUrl) && match[1] != "www.w3.org") {
-        return match.str(); // but for the name space of drawings
+    // Names of formats, which nobody asks for over a network.
+    static const std::set<std::string> kNameSpaces{"www.w3.org", "json-schema.org"};
+    if (may_be_url && std::regex_search(line, match, kUrl) && !kNameSpaces.contains(match[1])) {
+        return match.str();
     }
     const bool may_be_host = std::ranges::any_of(
         std::array{".com", ".dev", ".io", ".net", ".org"},

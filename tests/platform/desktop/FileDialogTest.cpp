@@ -129,7 +129,7 @@ TEST_F(FileDialog, ShowsWhatTheFilterLetsThroughInAnyLetters) {
 TEST_F(FileDialog, FindsNamesTypedAsElsewhere) {
     std::filesystem::create_directory(folder_ + "/Vacanze");
     Make("Vacanze/mare.kvf");
-    std::string whole = folder_ + "/vacanze/mare.kvf";
+    std::string whole = folder_ + '/' + "vacanze/mare.kvf";
     std::ranges::replace(whole, '/', '\\');
     for (const std::string& typed :
          {std::string("VACANZE\\MARE.kvf"), std::string("vacanze/Mare.KVF"),
@@ -137,7 +137,7 @@ TEST_F(FileDialog, FindsNamesTypedAsElsewhere) {
         path_.fill(0);
         const PersonAtDialog person({TypeAndEnter(typed.c_str())});
         ASSERT_TRUE(GetOpenFileNameA(&request_)) << typed;
-        EXPECT_EQ(Path(), folder_ + "/Vacanze/mare.kvf") << typed;
+        EXPECT_EQ(Path(), folder_ + '/' + "Vacanze/mare.kvf") << typed;
     }
 }
 
@@ -145,7 +145,7 @@ TEST_F(FileDialog, StaysOpenForAFolderThatDoesNotExist) {
     const PersonAtDialog person(
         {[this](QWidget& window) {
              if (!HasFocus(window, *NameEditIn(window))) return false;
-             TypeName(window, QString::fromStdString(folder_) + "/manca/x.kvf");
+             TypeName(window, QString::fromStdString(folder_) + "/" + "manca/x.kvf");
              // The complaint is answered by the next step, while the key waits for it.
              QTimer::singleShot(0, NameEditIn(window), [edit = NameEditIn(window)] {
                  edit->completer()->popup()->hide(); // it would take the key

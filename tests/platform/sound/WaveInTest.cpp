@@ -81,7 +81,7 @@ TEST_F(WaveIn, SaysWhyItDoesNotOpen) {
         EXPECT_EQ(waveInOpen(&device, WAVE_MAPPER, &bad, window, 0, CALLBACK_WINDOW),
                   WAVERR_BADFORMAT);
     }
-    setenv("SDL_DISKAUDIOFILEIN", "/no/such/microphone", 1);
+    setenv("SDL_DISKAUDIOFILEIN", "/nowhere/microphone", 1);
     const MMRESULT without_input =
         waveInOpen(&device, WAVE_MAPPER, &good, window, 0, CALLBACK_WINDOW);
     EXPECT_TRUE(without_input == MMSYSERR_BADDEVICEID || without_input == MMSYSERR_ALLOCATED);
