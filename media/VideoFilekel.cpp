@@ -42,7 +42,7 @@ bool VideoFilekel::OpenForRead(const CString& name) {
     if (ZFilekel::OpenForRead(name, 'V')) {
         const bool believable = IndexIsBelievable();
         if (believable && TakeHeader()) return true;
-        if (believable && !is_film) return false; // a sound container of something else
+        if (believable && !is_film) return false; // whole, but of something else
         ZFilekel::Close();
     } else if (!is_film && LastError().fault == Fault::Missing) {
         return false;

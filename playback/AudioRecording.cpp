@@ -22,10 +22,8 @@ bool AudioPlayerkel::Record(int frame_count, VideoPlayerkel* video) {
     if (device_active_) return true;
     if (!track_.IsTrackOpen()) return false;
     const int position = track_.CurrentAudioFrame();
-    // The track says itself why it cannot be recorded into.
-    if (track_.TrackMode() != kEditing) {
-        return track_.ReplaceAudioFrame(position, track_.FrameData());
-    }
+    // The track says itself why it cannot be recorded into, wherever it stands.
+    if (track_.TrackMode() != kEditing) return track_.ReplaceAudioFrame(0, track_.FrameData());
     ForgetSound();
     linked_video_ = video != nullptr && video->IsTrackOpen() ? video : nullptr;
     const int end =

@@ -202,10 +202,14 @@ TEST_F(Recording, SaysWhyATrackCannotBeRecordedInto) {
     MakeAudio(name_, {});
     ASSERT_TRUE(player_.OpenAudio(name_));
     platform::MessageBoxRecorder boxes;
-    EXPECT_FALSE(player_.Record(0, nullptr));
-    ASSERT_EQ(boxes.Boxes().size(), 1U);
-    EXPECT_EQ(boxes.Boxes()[0].text,
-              "L'operazione richiesta può essere eseguita solo su un file aperto in OpenExisting!");
+    for (const int frame : {0, player_.FrameCount()}) { // behind the last one, too
+        player_.SetPosition(frame);
+        EXPECT_FALSE(player_.Record(0, nullptr));
+        ASSERT_EQ(boxes.Boxes().size(), frame == 0 ? 1U : 2U);
+        EXPECT_EQ(
+            boxes.Boxes().back().text,
+            "L'operazione richiesta può essere eseguita solo su un file aperto in OpenExisting!");
+    }
     EXPECT_FALSE(player_.IsDeviceActive());
     EXPECT_TRUE(player_.IsTrackOpen());
 }
